@@ -1,0 +1,3 @@
+#pragma once
+
+// Everything public of libFormwork.
