@@ -1,0 +1,7 @@
+#include "tessar/core/ImplBase.h"
+
+namespace ko {
+
+ImplBase::~ImplBase() = default;
+
+} // namespace ko
