@@ -6,7 +6,7 @@ namespace {
 // Deliberate: a plain, unsynchronised counter; entities live on the host's thread and the
 // count is a diagnostic, so it pays for neither an atomic nor a lock.
 int activeEntities = 0;
-} // namespace
+}  // namespace
 
 int numberOfActiveEntities() { return activeEntities; }
 
@@ -14,4 +14,4 @@ void decrementActiveEntities() { --activeEntities; }
 
 void detail::incrementActiveEntities() { ++activeEntities; }
 
-} // namespace koGeom
+}  // namespace koGeom

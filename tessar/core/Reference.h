@@ -25,10 +25,8 @@ public:
 
     /// Converts from a handle to a derived class.
     template <class U>
-        requires std::is_convertible_v<U*, T*>
-    Reference(const Reference<U>& other) noexcept : object_(other.get()) {
-        acquire();
-    }
+    requires std::is_convertible_v<U*, T*> Reference(const Reference<U>& other)
+    noexcept : object_(other.get()) { acquire(); }
 
     ~Reference() { release(); }
 
@@ -88,7 +86,7 @@ private:
     T* object_ = nullptr;
 };
 
-} // namespace ko
+}  // namespace ko
 
 template <class T>
 struct std::hash<ko::Reference<T>> {
