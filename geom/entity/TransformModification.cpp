@@ -1,0 +1,7 @@
+#include "geom/entity/TransformModification.h"
+
+namespace koGeom {
+
+TransformModification::~TransformModification() = default;
+
+}  // namespace koGeom

@@ -1,0 +1,266 @@
+#include "geom/entity/Entity.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "geom/entity/ActiveEntities.h"
+#include "geom/entity/TransformModification.h"
+#include "geom/entity/detail/ActiveEntityCount.h"
+#include "tessar/core/Reference.h"
+
+namespace koGeom {
+namespace {
+
+// An entity whose sending operations the tests may call, as a subclass does.
+class Probe : public Entity {
+public:
+    using Entity::resendMessage;
+    using Entity::sendMessage;
+};
+
+// What one listener saw of one notice.
+struct Seen {
+    std::string listener;
+    EntityModificationType type;
+    const Entity* entity;
+    const EntityModification* causedBy;
+    const EntityModification* notice;
+};
+
+class Recorder : public koRTB::SignalClient {
+public:
+    Recorder(std::string name, std::vector<Seen>& seen) : name_(std::move(name)), seen_(seen) {}
+
+    void onModified(EntityModification& mod) {
+        seen_.push_back({name_, mod.getType(), mod.getEntity(), mod.causedBy(), &mod});
+        if (action) {
+            action(mod);
+        }
+    }
+
+    std::function<void(EntityModification&)> action;
+
+private:
+    std::string name_;
+    std::vector<Seen>& seen_;
+};
+
+TEST(Entity, CountsLiveEntitiesAndLetsClientsDecrementBelowZero) {
+    const int before = numberOfActiveEntities();
+    auto first = std::make_unique<Probe>();
+    auto second = std::make_unique<Probe>();
+    auto third = std::make_unique<Probe>();
+    EXPECT_EQ(numberOfActiveEntities(), before + 3);
+    second.reset();
+    EXPECT_EQ(numberOfActiveEntities(), before + 2);
+
+    // A copy is a new entity, counted on its own.
+    auto copy = std::make_unique<Probe>(*first);
+    EXPECT_EQ(numberOfActiveEntities(), before + 3);
+    copy.reset();
+    first.reset();
+    third.reset();
+    ASSERT_EQ(numberOfActiveEntities(), before);
+
+    // Deliberate: decrementing is the client's business and nothing stops it at the true
+    // number of live entities, nor at zero.
+    for (int i = 0; i < before + 2; ++i) {
+        decrementActiveEntities();
+    }
+    EXPECT_EQ(numberOfActiveEntities(), -2);
+    for (int i = 0; i < before + 2; ++i) {
+        detail::countEntityIn();
+    }
+    EXPECT_EQ(numberOfActiveEntities(), before);
+}
+
+TEST(Entity, DeletedListenersHearTheAddressWhileTheEntityIsStillCounted) {
+    Probe* probe = new Probe;
+    ko::Reference<Probe> held(probe);
+    const int whileAlive = numberOfActiveEntities();
+
+    struct Watcher : koRTB::SignalClient {
+        void onDeleted(const Entity* entity) {
+            addresses.push_back(entity);
+            countSeen = numberOfActiveEntities();
+            // The derived part is already gone: the broadcast runs in the base destructor.
+            sawOnlyEntity = typeid(*entity) == typeid(Entity);
+        }
+        std::vector<const Entity*> addresses;
+        int countSeen = 0;
+        bool sawOnlyEntity = false;
+    } first, second;
+    probe->deletedSignal.connect(first, &Watcher::onDeleted);
+    probe->deletedSignal.connect(second, &Watcher::onDeleted);
+
+    held.reset();  // the last reference destroys it
+    ASSERT_EQ(first.addresses.size(), 1u);
+    EXPECT_EQ(first.addresses[0], probe);
+    EXPECT_EQ(first.countSeen, whileAlive);
+    EXPECT_TRUE(first.sawOnlyEntity);
+    EXPECT_EQ(second.addresses.size(), 1u);
+    EXPECT_EQ(numberOfActiveEntities(), whileAlive - 1);
+    EXPECT_EQ(first.numConnections(), 0);
+}
+
+TEST(Entity, SendMessageReachesListenersInOrderWithTheSameNotice) {
+    Probe probe;
+    TransformModification mod(&probe);
+    probe.sendMessage(mod);  // no listener: returns at once
+
+    std::vector<Seen> seen;
+    Recorder a("a", seen), b("b", seen), c("c", seen);
+    probe.modifiedSignal.connect(a, &Recorder::onModified);
+    auto* itemOfB = probe.modifiedSignal.connect(b, &Recorder::onModified);
+    probe.modifiedSignal.connect(c, &Recorder::onModified);
+
+    probe.sendMessage(mod);
+    ASSERT_EQ(seen.size(), 3u);
+    EXPECT_EQ(seen[0].listener, "a");
+    EXPECT_EQ(seen[1].listener, "b");
+    EXPECT_EQ(seen[2].listener, "c");
+    for (const Seen& each : seen) {
+        EXPECT_EQ(each.notice, &mod);
+        EXPECT_EQ(each.type, EntityModificationType::Transform);
+    }
+
+    // A blocked listener is skipped and the walk goes on; one that suspends the signal
+    // stops everyone after it.
+    seen.clear();
+    itemOfB->setBlocked(true);
+    a.action = [&](EntityModification&) { probe.modifiedSignal.suspend(); };
+    probe.sendMessage(mod);
+    ASSERT_EQ(seen.size(), 1u);
+    EXPECT_EQ(seen[0].listener, "a");
+
+    seen.clear();
+    a.action = nullptr;
+    probe.modifiedSignal.resume();
+    probe.sendMessage(mod);
+    ASSERT_EQ(seen.size(), 2u);
+    EXPECT_EQ(seen[1].listener, "c");
+}
+
+TEST(Entity, ResendWrapsTheNoticeInAGeneralOneCausedByIt) {
+    Probe source, derived;
+    std::vector<Seen> seen;
+    Recorder listener("listener", seen);
+    derived.modifiedSignal.connect(listener, &Recorder::onModified);
+
+    EntityModification root(&source, EntityModificationType::Mesh);
+    EntityModification middle(&source, root, EntityModificationType::Mesh);
+    const EntityModification* rootSeen = nullptr;
+    bool isRoot = true;
+    listener.action = [&](EntityModification& mod) {
+        rootSeen = mod.getRoot();
+        isRoot = mod.isRoot();
+    };
+    derived.resendMessage(middle);
+
+    ASSERT_EQ(seen.size(), 1u);
+    EXPECT_EQ(seen[0].type, EntityModificationType::General);
+    EXPECT_EQ(seen[0].entity, &derived);
+    EXPECT_EQ(seen[0].causedBy, &middle);
+    EXPECT_NE(seen[0].notice, &middle);
+    EXPECT_FALSE(isRoot);
+    EXPECT_EQ(rootSeen, &root);
+}
+
+TEST(Entity, ForwardingAlongAChainStopsAtAnEntityAlreadyPresent) {
+    // Three entities forward each other's notices in a ring: a -> b -> c -> a. Each stops when
+    // it finds itself in the chain, so the ring is walked exactly once.
+    Probe a, b, c;
+    std::vector<const Entity*> forwarders;
+    struct Forwarder : koRTB::SignalClient {
+        Probe* self = nullptr;
+        std::vector<const Entity*>* log = nullptr;
+        void onModified(EntityModification& mod) {
+            if (mod.entityPresent(self)) {
+                return;
+            }
+            log->push_back(self);
+            self->resendMessage(mod);
+        }
+    } intoB, intoC, intoA;
+    intoB.self = &b;
+    intoC.self = &c;
+    intoA.self = &a;
+    intoB.log = intoC.log = intoA.log = &forwarders;
+    a.modifiedSignal.connect(intoB, &Forwarder::onModified);
+    b.modifiedSignal.connect(intoC, &Forwarder::onModified);
+    c.modifiedSignal.connect(intoA, &Forwarder::onModified);
+
+    std::vector<int> chainLengths;
+    koRTB::SignalClient observer;
+    c.modifiedSignal.connect(observer, [&](EntityModification& mod) {
+        int length = 0;
+        for (const EntityModification* n = &mod; n != nullptr; n = n->causedBy()) {
+            ++length;
+        }
+        chainLengths.push_back(length);
+        EXPECT_TRUE(mod.entityPresent(&a));
+        EXPECT_TRUE(mod.entityPresent(&b));
+        EXPECT_TRUE(mod.entityPresent(&c));
+        EXPECT_EQ(mod.getRoot()->getEntity(), &a);
+    });
+
+    TransformModification start(&a);
+    a.sendMessage(start);
+    EXPECT_EQ(forwarders, (std::vector<const Entity*>{&b, &c}));
+    EXPECT_EQ(chainLengths, (std::vector<int>{3}));
+}
+
+TEST(EntityModification, RootsChainsAndPresence) {
+    Probe a, b, c, stranger;
+    TransformModification transform(&a);
+    EXPECT_EQ(transform.getType(), EntityModificationType::Transform);
+    EXPECT_TRUE(transform.isRoot());
+    EXPECT_EQ(transform.getRoot(), &transform);
+    EXPECT_TRUE(transform.entityPresent(&a));
+    EXPECT_FALSE(transform.entityPresent(&b));
+
+    EntityModification second(&b, transform, EntityModificationType::General);
+    EntityModification third(&c, second, EntityModificationType::Mesh);
+    EXPECT_EQ(third.causedBy(), &second);
+    EXPECT_EQ(third.getRoot(), &transform);
+    EXPECT_TRUE(third.entityPresent(&a));
+    EXPECT_TRUE(third.entityPresent(&b));
+    EXPECT_TRUE(third.entityPresent(&c));
+    EXPECT_FALSE(third.entityPresent(&stranger));
+    EXPECT_FALSE(second.entityPresent(&c));  // presence looks back along the chain only
+    EXPECT_FALSE(EntityModification::entityPresent(nullptr, &a));
+
+    // A copy keeps the sender, the cause and the type.
+    EntityModification copy(third);
+    EXPECT_EQ(copy.getEntity(), &c);
+    EXPECT_EQ(copy.causedBy(), &second);
+    EXPECT_EQ(copy.getType(), EntityModificationType::Mesh);
+    TransformModification transformCopy(transform);
+    EXPECT_EQ(transformCopy.getType(), EntityModificationType::Transform);
+    EXPECT_TRUE(transformCopy.isRoot());
+}
+
+TEST(Entity, ListenerMayReleaseTheLastReferenceDuringABroadcast) {
+    ko::Reference<Probe> held(new Probe);
+    Probe* probe = held.get();
+    std::vector<Seen> seen;
+    Recorder dropper("dropper", seen), later("later", seen);
+    probe->modifiedSignal.connect(dropper, &Recorder::onModified);
+    probe->modifiedSignal.connect(later, &Recorder::onModified);
+    dropper.action = [&](EntityModification&) { held.reset(); };
+
+    TransformModification mod(probe);
+    probe->sendMessage(mod);
+    // The entity and its signal are gone after the first listener; nobody else is called and
+    // nothing dangles (the sanitizer build checks).
+    ASSERT_EQ(seen.size(), 1u);
+    EXPECT_EQ(dropper.numConnections(), 0);
+    EXPECT_EQ(later.numConnections(), 0);
+}
+
+}  // namespace
+}  // namespace koGeom
