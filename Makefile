@@ -1,0 +1,43 @@
+# A thin front over the CMake presets. Each target first installs any missing Debian
+# package it needs (as root, or with sudo), so a fresh Debian machine needs only `make`.
+
+JOBS ?= $(shell nproc)
+# Extra configure options, e.g. CMAKE_ARGS=-DFORMWORK_WARNINGS_AS_ERRORS=ON
+CMAKE_ARGS ?=
+
+BUILD_PACKAGES := g++ cmake make
+TEST_PACKAGES := libgtest-dev libgmock-dev
+BENCH_PACKAGES := libbenchmark-dev
+
+.PHONY: all test asan bench build deps format clean
+
+all: test
+
+deps:
+	@cmake/install-packages.sh $(BUILD_PACKAGES) $(TEST_PACKAGES) $(BENCH_PACKAGES)
+
+build:
+	@cmake/install-packages.sh $(BUILD_PACKAGES) $(TEST_PACKAGES)
+	cmake --preset default $(CMAKE_ARGS)
+	cmake --build --preset default -j $(JOBS)
+
+test: build
+	ctest --preset default -j $(JOBS)
+
+asan:
+	@cmake/install-packages.sh $(BUILD_PACKAGES) $(TEST_PACKAGES)
+	cmake --preset asan $(CMAKE_ARGS)
+	cmake --build --preset asan -j $(JOBS)
+	ctest --preset asan -j $(JOBS)
+
+bench:
+	@cmake/install-packages.sh $(BUILD_PACKAGES) $(BENCH_PACKAGES)
+	cmake --preset release $(CMAKE_ARGS)
+	cmake --build --preset release -j $(JOBS)
+	bench/run-all.sh build/release/bench
+
+format:
+	git ls-files '*.h' '*.cpp' '*.inl' | xargs clang-format -i
+
+clean:
+	rm -rf build
