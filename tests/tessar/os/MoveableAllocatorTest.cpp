@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,7 +14,6 @@
 #include <memory>
 #include <new>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -60,23 +58,6 @@ bool rangeIsMapped(void* address, std::size_t bytes) {
     const int result = ::mincore(address, bytes, residency.data());
     EXPECT_TRUE(result == 0 || errno == ENOMEM) << "mincore failed with errno " << errno;
     return result == 0;
-}
-
-// Whether /proc/self/maps lists a mapping that overlaps [begin, end).
-bool mapsListOverlap(std::uintptr_t begin, std::uintptr_t end) {
-    std::ifstream maps("/proc/self/maps");
-    std::string line;
-    while (std::getline(maps, line)) {
-        std::istringstream fields(line);
-        std::uintptr_t low = 0;
-        std::uintptr_t high = 0;
-        char dash = 0;
-        fields >> std::hex >> low >> dash >> high;
-        if (low < end && begin < high) {
-            return true;
-        }
-    }
-    return false;
 }
 
 // A fresh directory under the test temporary directory, removed with this object.
@@ -146,13 +127,9 @@ TEST(MoveableAllocator, UnmapRemovesTheMapping) {
     void* address = chunk->map();
     ASSERT_NE(address, nullptr);
     const std::size_t length = chunk->reservedBytes();
-    const auto begin = reinterpret_cast<std::uintptr_t>(address);
     EXPECT_TRUE(rangeIsMapped(address, length));
-    EXPECT_TRUE(mapsListOverlap(begin, begin + length));
-
     chunk->unmap();
     EXPECT_FALSE(rangeIsMapped(address, length));
-    EXPECT_FALSE(mapsListOverlap(begin, begin + length));
 
     // Deleting a mapped chunk unmaps it too.
     address = chunk->map();
@@ -162,39 +139,24 @@ TEST(MoveableAllocator, UnmapRemovesTheMapping) {
     EXPECT_FALSE(rangeIsMapped(address, length));
 }
 
-TEST(MoveableAllocator, OffsetsArePageAlignedAndZeroBytesAreRefused) {
+TEST(MoveableAllocator, DestroyedChunkSpaceIsReused) {
     MoveableAllocator allocator;
     ASSERT_TRUE(allocator.isValid());
     const std::size_t page = allocator.pageSize();
     EXPECT_EQ(allocator.allocate(0), nullptr);
     EXPECT_EQ(allocator.numChunks(), 0u);
-    EXPECT_EQ(allocator.fileSize(), 0u);
 
-    ChunkPtr a(allocator.allocate(1));
-    ChunkPtr b(allocator.allocate(page));
-    ChunkPtr c(allocator.allocate(page + 1));
-    ASSERT_TRUE(a && b && c);
     // Worked by hand: the file grows in allocation order, each chunk taking whole pages.
-    EXPECT_EQ(a->offset(), 0u);
-    EXPECT_EQ(b->offset(), page);
-    EXPECT_EQ(c->offset(), 2 * page);
-    EXPECT_EQ(a->reservedBytes(), page);
-    EXPECT_EQ(b->reservedBytes(), page);
-    EXPECT_EQ(c->reservedBytes(), 2 * page);
-    EXPECT_EQ(allocator.fileSize(), 4 * page);
-    EXPECT_EQ(allocator.numChunks(), 3u);
-}
-
-TEST(MoveableAllocator, DestroyedChunkSpaceIsReused) {
-    MoveableAllocator allocator;
-    ASSERT_TRUE(allocator.isValid());
-    const std::size_t page = allocator.pageSize();
-    ChunkPtr a(allocator.allocate(page));
-    ChunkPtr b(allocator.allocate(2 * page));
+    ChunkPtr a(allocator.allocate(1));
+    ChunkPtr b(allocator.allocate(page + 1));
     ChunkPtr c(allocator.allocate(page));
     ASSERT_TRUE(a && b && c);
-    const std::uint64_t freedOffset = b->offset();
-    ASSERT_EQ(freedOffset, page);
+    EXPECT_EQ(a->offset(), 0u);
+    EXPECT_EQ(b->offset(), page);
+    EXPECT_EQ(c->offset(), 3 * page);
+    EXPECT_EQ(a->reservedBytes(), page);
+    EXPECT_EQ(b->reservedBytes(), 2 * page);
+    EXPECT_EQ(allocator.fileSize(), 4 * page);
 
     b.reset();
     EXPECT_EQ(allocator.numChunks(), 2u);
@@ -204,24 +166,14 @@ TEST(MoveableAllocator, DestroyedChunkSpaceIsReused) {
 
     ChunkPtr d(allocator.allocate(page / 2));
     ASSERT_NE(d, nullptr);
-    EXPECT_EQ(d->offset(), freedOffset);
+    EXPECT_EQ(d->offset(), page);
     // The rest of the hole is still free and is the next chunk's place.
     EXPECT_EQ(allocator.freeBytes(), page);
     ChunkPtr e(allocator.allocate(page));
     ASSERT_NE(e, nullptr);
-    EXPECT_EQ(e->offset(), freedOffset + page);
+    EXPECT_EQ(e->offset(), 2 * page);
     EXPECT_EQ(allocator.numFreeRanges(), 0u);
     EXPECT_EQ(allocator.fileSize(), 4 * page);
-
-    // Reused space holds the new chunk's data, apart from its neighbours'.
-    fill(a->map(), page, 10);
-    fill(d->map(), page / 2, 11);
-    fill(e->map(), page, 12);
-    fill(c->map(), page, 13);
-    EXPECT_EQ(firstMismatch(a->address(), page, 10), -1);
-    EXPECT_EQ(firstMismatch(d->address(), page / 2, 11), -1);
-    EXPECT_EQ(firstMismatch(e->address(), page, 12), -1);
-    EXPECT_EQ(firstMismatch(c->address(), page, 13), -1);
 }
 
 TEST(MoveableAllocator, FreedNeighboursCoalesce) {
@@ -268,31 +220,24 @@ TEST(MoveableAllocator, NewChunkTakesTheSmallestHoleThatFits) {
     MoveableAllocator allocator;
     ASSERT_TRUE(allocator.isValid());
     const std::size_t page = allocator.pageSize();
-    ChunkPtr wide(allocator.allocate(3 * page));  // [0, 3)
-    ChunkPtr keep1(allocator.allocate(page));     // [3, 4)
-    ChunkPtr narrow(allocator.allocate(page));    // [4, 5)
-    ChunkPtr keep2(allocator.allocate(page));     // [5, 6)
-    ChunkPtr narrow2(allocator.allocate(page));   // [6, 7)
-    ChunkPtr keep3(allocator.allocate(page));     // [7, 8)
-    ASSERT_TRUE(wide && keep1 && narrow && keep2 && narrow2 && keep3);
-    wide.reset();
-    narrow2.reset();
-    narrow.reset();
+    // Pages [0, 3) then one page each up to 8; holes are left at [0, 3), 4 and 6.
+    std::vector<ChunkPtr> chunks;
+    for (std::size_t pages : {3u, 1u, 1u, 1u, 1u, 1u}) {
+        chunks.emplace_back(allocator.allocate(pages * page));
+        ASSERT_NE(chunks.back(), nullptr);
+    }
+    chunks[0].reset();
+    chunks[4].reset();
+    chunks[2].reset();
 
-    // Two one-page holes and a three-page one: the lower one-page hole wins.
-    ChunkPtr one(allocator.allocate(page));
-    ASSERT_NE(one, nullptr);
-    EXPECT_EQ(one->offset(), 4 * page);
-    ChunkPtr two(allocator.allocate(2 * page));
-    ASSERT_NE(two, nullptr);
-    EXPECT_EQ(two->offset(), 0u);
-    // Its leftover page at 2 is now the lowest of the one-page holes.
-    ChunkPtr leftover(allocator.allocate(page));
-    ASSERT_NE(leftover, nullptr);
-    EXPECT_EQ(leftover->offset(), 2 * page);
-    ChunkPtr last(allocator.allocate(page));
-    ASSERT_NE(last, nullptr);
-    EXPECT_EQ(last->offset(), 6 * page);
+    // Each request takes the smallest hole that fits, the lowest among equals; the two-page
+    // request leaves page 2 as the lowest one-page hole.
+    for (auto [pages, expectedPage] : {std::pair{1u, 4u}, {2u, 0u}, {1u, 2u}, {1u, 6u}}) {
+        SCOPED_TRACE(expectedPage);
+        chunks.emplace_back(allocator.allocate(pages * page));
+        ASSERT_NE(chunks.back(), nullptr);
+        EXPECT_EQ(chunks.back()->offset(), expectedPage * page);
+    }
     EXPECT_EQ(allocator.numFreeRanges(), 0u);
     EXPECT_EQ(allocator.fileSize(), 8 * page);
 }
@@ -366,28 +311,23 @@ TEST(MoveableAllocator, ManyChunksKeepTheirContents) {
 TEST(MoveableAllocator, NamedBackingFile) {
     TemporaryDirectory directory;
     const std::filesystem::path file = directory.path() / "chunks.bin";
+    std::ofstream(file, std::ios::binary) << std::string(10000, 'x');
+    ASSERT_EQ(std::filesystem::file_size(file), 10000u);
     {
         MoveableAllocator allocator(file.c_str());
         ASSERT_TRUE(allocator.isValid());
         const std::size_t page = allocator.pageSize();
-        EXPECT_TRUE(std::filesystem::exists(file));
+        EXPECT_EQ(std::filesystem::file_size(file), 0u);  // emptied when opened
 
         ChunkPtr a(allocator.allocate(2 * page));
         ChunkPtr b(allocator.allocate(page + 5));
         ASSERT_TRUE(a && b);
         EXPECT_EQ(std::filesystem::file_size(file), 4 * page);
 
-        fill(a->map(), 2 * page, 3);
         fill(b->map(), page + 5, 4);
-        a->unmap();
         b->unmap();
-        ASSERT_NE(a->map(), nullptr);
-        ASSERT_NE(b->map(), nullptr);
-        EXPECT_EQ(firstMismatch(a->address(), 2 * page, 3), -1);
-        EXPECT_EQ(firstMismatch(b->address(), page + 5, 4), -1);
 
-        // The data really lives in the named file, at the chunk's offset.
-        b->unmap();
+        // The data lives in the named file, at the chunk's offset.
         std::ifstream stream(file, std::ios::binary);
         stream.seekg(static_cast<std::streamoff>(b->offset()));
         std::vector<char> onDisk(page + 5);
@@ -410,20 +350,6 @@ TEST(MoveableAllocator, NamedBackingFile) {
     MoveableAllocator unnamed(nullptr);
     EXPECT_FALSE(unnamed.isValid());
     EXPECT_EQ(unnamed.allocate(100), nullptr);
-}
-
-TEST(MoveableAllocator, NamedFileIsEmptiedWhenOpened) {
-    TemporaryDirectory directory;
-    const std::filesystem::path file = directory.path() / "old.bin";
-    {
-        std::ofstream old(file, std::ios::binary);
-        old << std::string(10000, 'x');
-    }
-    ASSERT_EQ(std::filesystem::file_size(file), 10000u);
-    MoveableAllocator allocator(file.c_str());
-    ASSERT_TRUE(allocator.isValid());
-    EXPECT_EQ(std::filesystem::file_size(file), 0u);
-    EXPECT_EQ(allocator.fileSize(), 0u);
 }
 
 TEST(MoveableAllocator, HeapFailureLeavesTheAllocatorAsItWas) {
