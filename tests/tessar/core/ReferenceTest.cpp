@@ -39,7 +39,7 @@ TEST(Reference, CountsHoldersAndDeletesWithTheLast) {
         first.reset();
         EXPECT_EQ(object->refs(), 1);
         EXPECT_EQ(destroyed, 0);
-        moved = moved;  // self-assignment keeps the object alive
+        moved = moved; // self-assignment keeps the object alive
         EXPECT_EQ(object->refs(), 1);
     }
     EXPECT_EQ(destroyed, 1);
@@ -111,4 +111,4 @@ TEST(Reference, WorksWithAnyClassOfferingRefAndUnref) {
     EXPECT_EQ(slots.refs, 0);
 }
 
-}  // namespace
+} // namespace

@@ -81,4 +81,4 @@ TEST(DebugDraw, ThreadsRegisterAndLoadTogether) {
     }
 }
 
-}  // namespace
+} // namespace

@@ -88,4 +88,4 @@ TEST(DebugChannel, DefaultsToStandardError) {
     EXPECT_EQ(recorder.messages[0], "to the sink\n");
 }
 
-}  // namespace
+} // namespace

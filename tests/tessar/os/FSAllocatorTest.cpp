@@ -9,7 +9,7 @@
 #include <new>
 #include <vector>
 
-#include "tests/tessar/os/CountingNew.h"
+#include "tests/support/HeapProbe.h"
 
 namespace {
 
@@ -43,15 +43,15 @@ TEST(FSAllocator, SlotsAndBlocksFollowTheSizes) {
 }
 
 TEST(FSAllocator, FirstBlockIsTakenAtConstructionUnlessLazy) {
-    countingNew::Scope eagerHeap;
+    heapProbe::Scope eagerHeap;
     FSAllocator eager(24, 4096);
     EXPECT_EQ(eagerHeap.calls(), 1u);
-    EXPECT_EQ(countingNew::lastSize(), eager.bytesPerBlock());
+    EXPECT_EQ(heapProbe::lastSize(), eager.bytesPerBlock());
     EXPECT_FALSE(eager.isLazy());
     EXPECT_EQ(eager.numBlocks(), 1u);
     EXPECT_EQ(eager.bytesReserved(), eager.bytesPerBlock());
 
-    countingNew::Scope lazyHeap;
+    heapProbe::Scope lazyHeap;
     FSAllocator lazy(24, 4096);
     lazy.setLazy();
     EXPECT_TRUE(lazy.isLazy());
@@ -70,23 +70,23 @@ TEST(FSAllocator, FirstBlockIsTakenAtConstructionUnlessLazy) {
 }
 
 TEST(FSAllocator, OneHeapRequestPerBlockOverThousandsOfElements) {
-    FSAllocator pool(40, 4096);  // 48-byte slots, 85 per block, the first taken on demand
+    FSAllocator pool(40, 4096); // 48-byte slots, 85 per block, the first taken on demand
     pool.setLazy();
     ASSERT_EQ(pool.elementsPerBlock(), 85u);
 
     const std::size_t count = 10000;
     std::vector<void*> elements(count);
-    countingNew::Scope heap;
+    heapProbe::Scope heap;
     for (std::size_t i = 0; i < count; ++i) {
         elements[i] = pool.alloc();
     }
-    const std::size_t expectedBlocks = (count + 84) / 85;  // 118
+    const std::size_t expectedBlocks = (count + 84) / 85; // 118
     EXPECT_EQ(heap.calls(), expectedBlocks);
     EXPECT_EQ(pool.numBlocks(), expectedBlocks);
     EXPECT_EQ(pool.numAllocated(), count);
 
     // Freeing and taking them all again reuses the slots: no request at all.
-    countingNew::Scope reuse;
+    heapProbe::Scope reuse;
     for (void* p : elements) {
         pool.free(p);
     }
@@ -169,16 +169,16 @@ TEST(FSAllocator, DestructionReleasesElementsStillOut) {
 
 TEST(FSAllocator, HeapFailureLeavesThePoolAsItWas) {
     {
-        countingNew::FailureScope failing(0);
+        heapProbe::FailureScope failing(0);
         EXPECT_THROW(FSAllocator(24, 4096), std::bad_alloc);
     }
 
-    FSAllocator pool(24, 64);  // two elements per block
+    FSAllocator pool(24, 64); // two elements per block
     ASSERT_EQ(pool.elementsPerBlock(), 2u);
     void* a = pool.alloc();
     void* b = pool.alloc();
     {
-        countingNew::FailureScope failing(0);
+        heapProbe::FailureScope failing(0);
         EXPECT_THROW(pool.alloc(), std::bad_alloc);
     }
     EXPECT_EQ(pool.numAllocated(), 2u);
@@ -206,4 +206,4 @@ TEST(FSAllocatorDeathTest, ReadingAFreedElementIsReported) {
 }
 #endif
 
-}  // namespace
+} // namespace

@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "tessar/os/MoveableChunk.h"
-#include "tests/tessar/os/CountingNew.h"
+#include "tests/support/HeapProbe.h"
 
 namespace {
 
@@ -95,7 +95,7 @@ TEST(MoveableAllocator, ContentsSurviveUnmapThenMap) {
     ASSERT_NE(first, nullptr);
     EXPECT_TRUE(chunk->isMapped());
     EXPECT_EQ(chunk->address(), first);
-    EXPECT_EQ(chunk->map(), first);  // mapping twice keeps the address
+    EXPECT_EQ(chunk->map(), first); // mapping twice keeps the address
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(first) % page, 0u);
     fill(first, bytes, 1);
     chunk->unmap();
@@ -162,7 +162,7 @@ TEST(MoveableAllocator, DestroyedChunkSpaceIsReused) {
     EXPECT_EQ(allocator.numChunks(), 2u);
     EXPECT_EQ(allocator.numFreeRanges(), 1u);
     EXPECT_EQ(allocator.freeBytes(), 2 * page);
-    EXPECT_EQ(allocator.fileSize(), 4 * page);  // the hole stays inside the file
+    EXPECT_EQ(allocator.fileSize(), 4 * page); // the hole stays inside the file
 
     ChunkPtr d(allocator.allocate(page / 2));
     ASSERT_NE(d, nullptr);
@@ -317,7 +317,7 @@ TEST(MoveableAllocator, NamedBackingFile) {
         MoveableAllocator allocator(file.c_str());
         ASSERT_TRUE(allocator.isValid());
         const std::size_t page = allocator.pageSize();
-        EXPECT_EQ(std::filesystem::file_size(file), 0u);  // emptied when opened
+        EXPECT_EQ(std::filesystem::file_size(file), 0u); // emptied when opened
 
         ChunkPtr a(allocator.allocate(2 * page));
         ChunkPtr b(allocator.allocate(page + 5));
@@ -359,7 +359,7 @@ TEST(MoveableAllocator, HeapFailureLeavesTheAllocatorAsItWas) {
     ChunkPtr a(allocator.allocate(page));
     ChunkPtr b(allocator.allocate(page));
     ASSERT_TRUE(a && b);
-    a.reset();  // a one-page hole at 0
+    a.reset(); // a one-page hole at 0
 
     // Fail the first request of allocate, then the second, and so on until it needs no more.
     bool succeeded = false;
@@ -368,7 +368,7 @@ TEST(MoveableAllocator, HeapFailureLeavesTheAllocatorAsItWas) {
         bool threw = false;
         MoveableChunk* chunk = nullptr;
         {
-            countingNew::FailureScope failing(successes);
+            heapProbe::FailureScope failing(successes);
             try {
                 chunk = allocator.allocate(page);
             } catch (const std::bad_alloc&) {
@@ -421,4 +421,4 @@ TEST(MoveableAllocator, DestroyedAllocatorDetachesLiveChunks) {
     EXPECT_FALSE(rangeIsMapped(address, page));
 }
 
-}  // namespace
+} // namespace

@@ -36,4 +36,4 @@ TEST(StopWatch, RestartForgetsTheTimeBefore) {
     EXPECT_LT(after, before);
 }
 
-}  // namespace
+} // namespace

@@ -265,4 +265,4 @@ TEST(Signal, CopiedClientStartsWithoutConnections) {
     EXPECT_EQ(signal.numConnections(), 0);
 }
 
-}  // namespace
+} // namespace

@@ -1,16 +1,17 @@
-#include "tests/tessar/os/CountingNew.h"
+#include "tests/support/HeapProbe.h"
 
 #include <atomic>
 #include <cstdlib>
 #include <limits>
 #include <new>
 
-namespace countingNew {
+namespace heapProbe {
 
 namespace {
 
 std::atomic<std::size_t> callCount{0};
 std::atomic<std::size_t> latestSize{0};
+std::atomic<std::size_t> failureCount{0};
 // Requests still allowed before failures start; the maximum means never fail.
 std::atomic<std::size_t> allowance{std::numeric_limits<std::size_t>::max()};
 
@@ -20,6 +21,7 @@ void* request(std::size_t size) noexcept {
     std::size_t left = allowance.load(std::memory_order_relaxed);
     while (left != std::numeric_limits<std::size_t>::max()) {
         if (left == 0) {
+            failureCount.fetch_add(1, std::memory_order_relaxed);
             return nullptr;
         }
         if (allowance.compare_exchange_weak(left, left - 1, std::memory_order_relaxed)) {
@@ -37,26 +39,27 @@ void* requestOrThrow(std::size_t size) {
     return p;
 }
 
-}  // namespace
+} // namespace
 
 std::size_t calls() { return callCount.load(std::memory_order_relaxed); }
 std::size_t lastSize() { return latestSize.load(std::memory_order_relaxed); }
+std::size_t failures() { return failureCount.load(std::memory_order_relaxed); }
 void failAfter(std::size_t successes) { allowance.store(successes, std::memory_order_relaxed); }
 void stopFailing() {
     allowance.store(std::numeric_limits<std::size_t>::max(), std::memory_order_relaxed);
 }
 
-}  // namespace countingNew
+} // namespace heapProbe
 
 // Every unaligned form is replaced, so that each allocation and its release meet the same
 // malloc and free; the aligned forms stay the runtime's own pairs.
-void* operator new(std::size_t size) { return countingNew::requestOrThrow(size); }
-void* operator new[](std::size_t size) { return countingNew::requestOrThrow(size); }
+void* operator new(std::size_t size) { return heapProbe::requestOrThrow(size); }
+void* operator new[](std::size_t size) { return heapProbe::requestOrThrow(size); }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return countingNew::request(size);
+    return heapProbe::request(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return countingNew::request(size);
+    return heapProbe::request(size);
 }
 void operator delete(void* p) noexcept { std::free(p); }
 void operator delete[](void* p) noexcept { std::free(p); }

@@ -2,14 +2,17 @@
 
 #include <cstddef>
 
-// The global operator new of the os test executable counts its calls and can be told to fail,
-// so that tests can see every heap request a pool or allocator makes.
-namespace countingNew {
+// A test executable that links the test support library gets a global operator new that counts
+// its calls and can be told to fail, so that tests can see every heap request the code makes
+// and prove that a failed allocation leaves an object as it was.
+namespace heapProbe {
 
 /// Heap requests made through operator new since the program started.
 std::size_t calls();
 /// The size of the latest request.
 std::size_t lastSize();
+/// Requests refused since the program started.
+std::size_t failures();
 /// Lets `successes` more requests through, then fails each one until `stopFailing()`.
 void failAfter(std::size_t successes);
 void stopFailing();
@@ -17,8 +20,8 @@ void stopFailing();
 /// Counts the requests made while it lives.
 class Scope {
 public:
-    Scope() : start_(countingNew::calls()) {}
-    std::size_t calls() const { return countingNew::calls() - start_; }
+    Scope() : start_(heapProbe::calls()) {}
+    std::size_t calls() const { return heapProbe::calls() - start_; }
 
 private:
     std::size_t start_;
@@ -33,4 +36,4 @@ public:
     FailureScope& operator=(const FailureScope&) = delete;
 };
 
-}  // namespace countingNew
+} // namespace heapProbe
