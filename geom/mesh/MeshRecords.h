@@ -14,7 +14,11 @@ namespace koGeom {
 namespace detail {
 // The one narrowing of the records: the processor's round-to-nearest conversion.
 inline float roundToFloat(double value) noexcept { return static_cast<float>(value); }
-}  // namespace detail
+
+// The kinds of three-float record.
+struct VertexKind;
+struct NormalKind;
+} // namespace detail
 
 /// \name Vertex attribute records
 /// The per-vertex records of a mesh: plain single-precision floats with no padding, so that
@@ -23,35 +27,14 @@ inline float roundToFloat(double value) noexcept { return static_cast<float>(val
 /// processor's round-to-nearest and widen floats exactly; nothing is checked.
 /// @{
 
-/// A vertex position.
-struct MeshVertex {
-    float x, y, z;
+/// Three floats, read as a vertex position (`MeshVertex`) or as a normal direction
+/// (`MeshNormal`, not normalised by these records). The two are the same floats and convert
+/// the same way; the kind only selects which `koLinear` types they convert to and from.
+template <class Kind>
+struct MeshXyz {
+    static constexpr bool isVertex = std::is_same_v<Kind, detail::VertexKind>;
+    static constexpr bool isNormal = std::is_same_v<Kind, detail::NormalKind>;
 
-    void set(float newX, float newY, float newZ) noexcept {
-        x = newX;
-        y = newY;
-        z = newZ;
-    }
-    void set(const float* p) noexcept { set(p[0], p[1], p[2]); }
-    /// Each coordinate rounded to float.
-    void set(const double* p) noexcept {
-        set(detail::roundToFloat(p[0]), detail::roundToFloat(p[1]), detail::roundToFloat(p[2]));
-    }
-
-    MeshVertex& operator=(const koLinear::PointFlt& p) noexcept {
-        set(p.x, p.y, p.z);
-        return *this;
-    }
-
-    koLinear::Point asPoint() const noexcept { return koLinear::Point(x, y, z); }
-    koLinear::PointFlt asPointFlt() const noexcept { return koLinear::PointFlt(x, y, z); }
-
-    friend bool operator==(const MeshVertex&, const MeshVertex&) = default;
-};
-
-/// A normal direction; these records do not normalise it. It is the same three floats as a
-/// vertex and converts the same way.
-struct MeshNormal {
     float x, y, z;
 
     void set(float newX, float newY, float newZ) noexcept {
@@ -65,22 +48,45 @@ struct MeshNormal {
         set(detail::roundToFloat(p[0]), detail::roundToFloat(p[1]), detail::roundToFloat(p[2]));
     }
 
-    MeshNormal& operator=(const koLinear::VectorFlt& v) noexcept {
+    /// \name Vertex conversions
+    /// @{
+    MeshXyz& operator=(const koLinear::PointFlt& p) noexcept requires isVertex {
+        set(p.x, p.y, p.z);
+        return *this;
+    }
+    koLinear::Point asPoint() const noexcept requires isVertex { return koLinear::Point(x, y, z); }
+    koLinear::PointFlt asPointFlt() const noexcept requires isVertex {
+        return koLinear::PointFlt(x, y, z);
+    }
+    /// @}
+
+    /// \name Normal conversions
+    /// @{
+    MeshXyz& operator=(const koLinear::VectorFlt& v) noexcept requires isNormal {
         set(v.x, v.y, v.z);
         return *this;
     }
     /// Each component rounded to float.
-    MeshNormal& operator=(const koLinear::Normal& n) noexcept {
+    MeshXyz& operator=(const koLinear::Normal& n) noexcept requires isNormal {
         const double components[3] = {n.x, n.y, n.z};
         set(components);
         return *this;
     }
+    koLinear::Vector asVector() const noexcept requires isNormal {
+        return koLinear::Vector(x, y, z);
+    }
+    koLinear::VectorFlt asVectorFlt() const noexcept requires isNormal {
+        return koLinear::VectorFlt(x, y, z);
+    }
+    /// @}
 
-    koLinear::Vector asVector() const noexcept { return koLinear::Vector(x, y, z); }
-    koLinear::VectorFlt asVectorFlt() const noexcept { return koLinear::VectorFlt(x, y, z); }
-
-    friend bool operator==(const MeshNormal&, const MeshNormal&) = default;
+    friend bool operator==(const MeshXyz&, const MeshXyz&) = default;
 };
+
+/// A vertex position.
+using MeshVertex = MeshXyz<detail::VertexKind>;
+/// A normal direction.
+using MeshNormal = MeshXyz<detail::NormalKind>;
 
 /// A texture coordinate pair.
 struct MeshUV {
@@ -166,4 +172,4 @@ static_assert(std::is_trivially_copyable_v<MeshColour> && std::is_standard_layou
 static_assert(std::is_trivially_copyable_v<MeshFloat4> && std::is_standard_layout_v<MeshFloat4>);
 static_assert(std::is_trivially_default_constructible_v<MeshColour>);
 
-}  // namespace koGeom
+} // namespace koGeom
