@@ -1,0 +1,45 @@
+#include "tessar/linear/PointFlt.h"
+
+#include <cmath>
+#include <type_traits>
+
+#include <gtest/gtest.h>
+
+#include "tessar/linear/Point.h"
+#include "tessar/linear/VectorFlt.h"
+
+namespace koLinear {
+namespace {
+
+TEST(PointFlt, NarrowingRoundsToNearestEven) {
+    // 1 + 2^-24 lies halfway between the floats 1 and 1 + 2^-23 and rounds to the even one,
+    // 1; 1 + 3 * 2^-24 lies halfway between 1 + 2^-23 and 1 + 2^-22 and rounds up to the
+    // even one. Truncation would give 1 + 2^-23 for the second.
+    const double half = std::ldexp(1.0, -24);
+    const PointFlt p(Point(1.0 + half, 1.0 + 3.0 * half, -(1.0 + 3.0 * half)));
+    EXPECT_EQ(p.x, 1.0f);
+    EXPECT_EQ(p.y, 1.0f + std::ldexp(1.0f, -22));
+    EXPECT_EQ(p.z, -(1.0f + std::ldexp(1.0f, -22)));
+
+    // 0.1 is not a float: the nearest float comes back, widened exactly.
+    const Point widened(PointFlt(Point(0.1, 0, 0)));
+    EXPECT_EQ(widened.x, static_cast<double>(0.1f));
+    EXPECT_NE(widened.x, 0.1);
+    static_assert(!std::is_convertible_v<Point, PointFlt>);
+    static_assert(!std::is_convertible_v<PointFlt, Point>);
+}
+
+TEST(PointFlt, ArithmeticInFloat) {
+    const PointFlt a(1, 2, 3);
+    const PointFlt b(4, 6, 3);
+    EXPECT_EQ(b - a, VectorFlt(3, 4, 0));
+    EXPECT_EQ(a + VectorFlt(3, 4, 0), b);
+    EXPECT_EQ(distance(a, b), 5.0f);
+    static_assert(std::is_same_v<decltype(distance(a, b)), float>);
+    EXPECT_EQ(combine(a, 0.5f, b, 0.5f), PointFlt(2.5f, 4, 3));
+    EXPECT_FALSE(equivalent(a, PointFlt(1, 2, 3.5f), 0.5f));
+    EXPECT_TRUE(equivalent(a, PointFlt(1, 2, 3.25f), 0.5f));
+}
+
+}  // namespace
+}  // namespace koLinear
