@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tessar/linear/Point2.h"
-#include "tessar/linear/Tuple2.h"
 #include "tests/tessar/linear/Near.h"
 
 namespace koLinear {

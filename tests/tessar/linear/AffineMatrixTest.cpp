@@ -7,8 +7,6 @@
 #include <gtest/gtest.h>
 
 #include "tessar/linear/Normal.h"
-#include "tessar/linear/Point.h"
-#include "tessar/linear/Vector.h"
 #include "tests/tessar/linear/Near.h"
 
 namespace koLinear {
@@ -22,21 +20,14 @@ const AffineMatrix handMatrix({0, 1, 0}, {-1, 0, 0}, {0, 0, 2}, {10, 20, 30});
 
 TEST(AffineMatrix, PointsVectorsAndNormalsByHand) {
     EXPECT_EQ(AffineMatrix(), AffineMatrix(1.0));
-    EXPECT_EQ(AffineMatrix(2.0)(1, 1), 2.0);
-    EXPECT_EQ(AffineMatrix(2.0)(1, 0), 0.0);
-    EXPECT_EQ(AffineMatrix(2.0).translation(), Vector());
+    EXPECT_EQ(AffineMatrix(2.0), AffineMatrix::makeScale(2, 2, 2));
     // (1, 2, 3) * m = 1*(0, 1, 0) + 2*(-1, 0, 0) + 3*(0, 0, 2) + (10, 20, 30) = (8, 21, 36).
     EXPECT_EQ(Point(1, 2, 3) * handMatrix, Point(8, 21, 36));
     // A vector skips the translation: (-2, 1, 6).
     EXPECT_EQ(Vector(1, 2, 3) * handMatrix, Vector(-2, 1, 6));
     EXPECT_EQ(Normal::unitX() * handMatrix, Vector(0, 1, 0));
-    Point p(1, 2, 3);
-    p *= handMatrix;
-    EXPECT_EQ(p, Point(8, 21, 36));
     EXPECT_EQ(handMatrix(3, 2), 30.0);
-    EXPECT_EQ(handMatrix.row(1), Vector(-1, 0, 0));
-    EXPECT_EQ(handMatrix.data()[5], 0.0);
-    EXPECT_EQ(handMatrix.data()[8], 2.0);
+    EXPECT_EQ(handMatrix.data()[3], -1.0);
 }
 
 TEST(AffineMatrix, ProductAppliesTheLeftOperandFirst) {
@@ -51,17 +42,12 @@ TEST(AffineMatrix, ProductAppliesTheLeftOperandFirst) {
     const Point p(0.5, -1.5, 2);
     EXPECT_EQ((p * handMatrix) * shear, p * (handMatrix * shear));
     EXPECT_EQ((p * shear) * handMatrix, p * (shear * handMatrix));
-    AffineMatrix product = handMatrix;
-    product *= shear;
-    EXPECT_EQ(product, handMatrix * shear);
 }
 
 TEST(AffineMatrix, RotationFollowsTheRightHandRule) {
     const double quarter = std::numbers::pi / 2;
     const AffineMatrix aboutX = AffineMatrix::makeRotation({2, 0, 0}, quarter);
     EXPECT_TRUE(near(Vector(0, 1, 0) * aboutX, Vector(0, 0, 1), 1e-15));
-    const AffineMatrix aboutY = AffineMatrix::makeRotation({0, 1, 0}, quarter);
-    EXPECT_TRUE(near(Vector(0, 0, 1) * aboutY, Vector(1, 0, 0), 1e-15));
     // A third of a turn about (1, 1, 1) cycles the axes x -> y -> z.
     const AffineMatrix cycle = AffineMatrix::makeRotation({1, 1, 1}, 2 * std::numbers::pi / 3);
     EXPECT_TRUE(near(Vector(1, 0, 0) * cycle, Vector(0, 1, 0), 1e-15));
@@ -69,15 +55,11 @@ TEST(AffineMatrix, RotationFollowsTheRightHandRule) {
     EXPECT_EQ(AffineMatrix::makeRotation(Vector(), 1.0), AffineMatrix(1.0));
 }
 
-TEST(AffineMatrix, DeterminantByHand) {
-    // Lower triangular: the product of the diagonal, 2 * 3 * 6.
+TEST(AffineMatrix, DeterminantAndInverseByHand) {
+    // Lower triangular: the product of the diagonal, 2 * 3 * 6; a mirror is negative.
     EXPECT_EQ(AffineMatrix({2, 0, 0}, {1, 3, 0}, {4, 5, 6}, {7, 8, 9}).determinant(), 36.0);
     EXPECT_EQ(AffineMatrix::makeScale(-1, 2, 3).determinant(), -6.0);
-    // The hand matrix: a quarter turn (determinant 1) times a z stretch of 2.
     EXPECT_EQ(handMatrix.determinant(), 2.0);
-}
-
-TEST(AffineMatrix, InverseByHand) {
     // Scale (2, 4, 8) then move by (1, 2, 3): the inverse scales by (1/2, 1/4, 1/8) and
     // moves by -(1/2, 2/4, 3/8).
     const AffineMatrix m({2, 0, 0}, {0, 4, 0}, {0, 0, 8}, {1, 2, 3});
@@ -85,7 +67,6 @@ TEST(AffineMatrix, InverseByHand) {
     ASSERT_TRUE(m.inverse(inverse));
     EXPECT_EQ(inverse,
               AffineMatrix({0.5, 0, 0}, {0, 0.25, 0}, {0, 0, 0.125}, {-0.5, -0.5, -0.375}));
-    EXPECT_EQ(m.inverse(), inverse);
     // The hand matrix: the inverse of the quarter turn is its transpose, z is halved, and
     // the translation is -(10, 20, 30) taken through that: -(20, -10, 15).
     EXPECT_EQ(handMatrix.inverse(),
@@ -175,8 +156,6 @@ TEST(AffineMatrix, EquivalentComparesEveryElementStrictly) {
     b(3, 2) += 0.5;
     EXPECT_FALSE(equivalent(handMatrix, b, 0.5));
     EXPECT_TRUE(equivalent(handMatrix, b, 0.75));
-    b(0, 0) += 1.0;
-    EXPECT_FALSE(equivalent(handMatrix, b, 0.75));
     EXPECT_FALSE(equivalent(handMatrix, handMatrix, 0.0));
 }
 

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tessar/linear/Point.h"
-
 namespace koLinear {
 namespace {
 
@@ -36,10 +34,6 @@ TEST(HPoint, DehomogenizeDividesByW) {
     EXPECT_EQ(out, Point(7, 7, 7));
     EXPECT_TRUE(HPoint(3, 6, 9, 3).dehomogenize(out));
     EXPECT_EQ(out, Point(1, 2, 3));
-
-    EXPECT_EQ(HPoint(1, 2, 3, 4) + HPoint(1, 1, 1, 1), HPoint(2, 3, 4, 5));
-    EXPECT_EQ(HPoint(1, 2, 3, 4) * 2.0, HPoint(2, 4, 6, 8));
-    EXPECT_EQ(HPoint(1, 2, 3, 4)[3], 4.0);
 }
 
 }  // namespace

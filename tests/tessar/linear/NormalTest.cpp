@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tessar/linear/Vector.h"
-
 namespace koLinear {
 namespace {
 
@@ -13,7 +11,6 @@ TEST(Normal, AxesReversalAndConversions) {
     EXPECT_EQ(Normal::unitX(), Normal(1, 0, 0));
     EXPECT_EQ(Normal::unitY(), Normal(0, 1, 0));
     EXPECT_EQ(Normal::unitZ(), Normal(0, 0, 1));
-
     Normal n = Normal::unitY();
     n.reverse();
     EXPECT_EQ(n, Normal(0, -1, 0));
@@ -24,11 +21,8 @@ TEST(Normal, AxesReversalAndConversions) {
     EXPECT_DOUBLE_EQ(fromVector.y, 0.6);
     EXPECT_DOUBLE_EQ(fromVector.z, 0.8);
     EXPECT_EQ(Normal(Vector()), Normal());
-
     // A normal takes part in vector arithmetic and gives vectors.
-    const Vector scaled = Normal::unitZ() * 2.0;
-    EXPECT_EQ(scaled, Vector(0, 0, 2));
-    EXPECT_EQ(dot(fromVector, Vector(0, 5, 0)), 3.0);
+    EXPECT_EQ(Normal::unitZ() * 2.0, Vector(0, 0, 2));
     EXPECT_EQ(cross(Normal::unitX(), Normal::unitY()), Vector(0, 0, 1));
     static_assert(std::is_convertible_v<Normal, Vector>);
     static_assert(!std::is_convertible_v<Vector, Normal>);

@@ -4,11 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tessar/linear/AffineMatrix.h"
-#include "tessar/linear/Line.h"
-#include "tessar/linear/Range1d.h"
-#include "tessar/linear/Range3d.h"
-
 namespace koLinear {
 namespace {
 

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tessar/linear/AffineMatrix.h"
-#include "tessar/linear/Normal.h"
 #include "tests/tessar/linear/Near.h"
 
 namespace koLinear {

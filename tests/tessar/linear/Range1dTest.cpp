@@ -15,21 +15,18 @@ TEST(Range1d, AccumulatesFromUnbounded) {
     EXPECT_EQ(r.max, -DBL_MAX);
     EXPECT_TRUE(r.isEmpty());
     EXPECT_EQ(r, Range1d());
-
     r.extend(5.0);
     EXPECT_EQ(r, Range1d(5, 5));
     EXPECT_FALSE(r.isEmpty());
-    EXPECT_EQ(r.size(), 0.0);
+    // NaNs and empty ranges add nothing, an inverted range included.
     r.extend(-1.0);
     r.extend(std::numeric_limits<double>::quiet_NaN());
     r.extend(Range1d());
+    r.extend(Range1d(20, 10));
     EXPECT_EQ(r, Range1d(-1, 5));
     EXPECT_EQ(r.size(), 6.0);
     EXPECT_EQ(r.mid(), 2.0);
     r.extend(Range1d(4, 9));
-    EXPECT_EQ(r, Range1d(-1, 9));
-    // An inverted range is empty and adds nothing.
-    r.extend(Range1d(20, 10));
     EXPECT_EQ(r, Range1d(-1, 9));
     EXPECT_TRUE(Range1d(1, std::numeric_limits<double>::quiet_NaN()).isEmpty());
 }
@@ -39,21 +36,11 @@ TEST(Range1d, ContainmentAndIntersectionAreClosed) {
     EXPECT_TRUE(r.contains(0.0));
     EXPECT_TRUE(r.contains(1.0));
     EXPECT_FALSE(r.contains(1.0000001));
-    EXPECT_TRUE(r.contains(Range1d(0, 1)));
-    EXPECT_FALSE(r.contains(Range1d()));
     EXPECT_TRUE(r.intersects(Range1d(1, 2)));
     EXPECT_FALSE(r.intersects(Range1d(1.5, 2)));
-    EXPECT_FALSE(r.intersects(Range1d()));
     EXPECT_EQ(r.intersection(Range1d(0.5, 2)), Range1d(0.5, 1));
-    EXPECT_TRUE(r.intersection(Range1d(2, 3)).isEmpty());
     EXPECT_EQ(r.clamp(-3.0), 0.0);
-    EXPECT_EQ(r.clamp(0.25), 0.25);
     EXPECT_EQ(r.clamp(7.0), 1.0);
-    Range1d grown = r;
-    grown.enlarge(0.5);
-    EXPECT_EQ(grown, Range1d(-0.5, 1.5));
-    EXPECT_FALSE(equivalent(r, grown, 0.5));
-    EXPECT_TRUE(equivalent(r, grown, 0.75));
 }
 
 }  // namespace
