@@ -1,14 +1,53 @@
 #pragma once
 
 #include <array>
-#include <cmath>
 #include <span>
 
 #include "tessar/TessarExport.h"
 #include "tessar/linear/Point.h"
+#include "tessar/linear/Tolerance.h"
 #include "tessar/linear/Vector.h"
 
 namespace koLinear {
+
+namespace detail {
+
+// The arithmetic of the 4 × 3 affine layout, written once for the double and the float
+// matrices and their points and vectors.
+
+// `a` followed by `b`.
+template <class Matrix>
+constexpr Matrix affineProduct(const Matrix& a, const Matrix& b) noexcept {
+    Matrix result;
+    for (int r = 0; r < 4; ++r) {
+        for (int c = 0; c < 3; ++c) {
+            result(r, c) = a(r, 0) * b(0, c) + a(r, 1) * b(1, c) + a(r, 2) * b(2, c);
+        }
+    }
+    // Row 3 of a is a point, not a direction: b's translation applies to it as well.
+    result.setTranslation(result.translation() + b.translation());
+    return result;
+}
+
+// (x, y, z) times the 3×3 part.
+template <class Triple, class Matrix>
+constexpr Triple affineLinear(const Triple& v, const Matrix& m) noexcept {
+    return {v.x * m(0, 0) + v.y * m(1, 0) + v.z * m(2, 0),
+            v.x * m(0, 1) + v.y * m(1, 1) + v.z * m(2, 1),
+            v.x * m(0, 2) + v.y * m(1, 2) + v.z * m(2, 2)};
+}
+
+// (x, y, z, 1) times the matrix.
+template <class Triple, class Matrix>
+constexpr Triple affinePoint(const Triple& p, const Matrix& m) noexcept {
+    Triple result = affineLinear(p, m);
+    result.x += m(3, 0);
+    result.y += m(3, 1);
+    result.z += m(3, 2);
+    return result;
+}
+
+}  // namespace detail
 
 /// An affine transform of space in double precision, stored as 4 rows × 3 columns: the
 /// linear (3×3) part in rows 0 to 2 and the translation in row 3. The matrix multiplies row
@@ -129,15 +168,7 @@ private:
 
 /// `a` followed by `b`: p * (a * b) = (p * a) * b.
 constexpr AffineMatrix operator*(const AffineMatrix& a, const AffineMatrix& b) noexcept {
-    AffineMatrix result;
-    for (int r = 0; r < 4; ++r) {
-        for (int c = 0; c < 3; ++c) {
-            result(r, c) = a(r, 0) * b(0, c) + a(r, 1) * b(1, c) + a(r, 2) * b(2, c);
-        }
-    }
-    // Row 3 of a is a point, not a direction: b's translation applies to it as well.
-    result.setTranslation(result.translation() + b.translation());
-    return result;
+    return detail::affineProduct(a, b);
 }
 
 constexpr AffineMatrix& AffineMatrix::operator*=(const AffineMatrix& b) noexcept {
@@ -147,17 +178,13 @@ constexpr AffineMatrix& AffineMatrix::operator*=(const AffineMatrix& b) noexcept
 
 /// The point transformed, translation included.
 constexpr Point operator*(const Point& p, const AffineMatrix& m) noexcept {
-    return {p.x * m(0, 0) + p.y * m(1, 0) + p.z * m(2, 0) + m(3, 0),
-            p.x * m(0, 1) + p.y * m(1, 1) + p.z * m(2, 1) + m(3, 1),
-            p.x * m(0, 2) + p.y * m(1, 2) + p.z * m(2, 2) + m(3, 2)};
+    return detail::affinePoint(p, m);
 }
 
 /// The vector transformed by the 3×3 part only (a displacement ignores translation). A
 /// `Normal` multiplies as a vector; use `normalMatrix` for surface normals.
 constexpr Vector operator*(const Vector& v, const AffineMatrix& m) noexcept {
-    return {v.x * m(0, 0) + v.y * m(1, 0) + v.z * m(2, 0),
-            v.x * m(0, 1) + v.y * m(1, 1) + v.z * m(2, 1),
-            v.x * m(0, 2) + v.y * m(1, 2) + v.z * m(2, 2)};
+    return detail::affineLinear(v, m);
 }
 
 constexpr Point& operator*=(Point& p, const AffineMatrix& m) noexcept { return p = p * m; }
@@ -167,12 +194,7 @@ constexpr Vector& operator*=(Vector& v, const AffineMatrix& m) noexcept { return
 /// True when every element of `a` differs from the same element of `b` by strictly less
 /// than `tol`.
 inline bool equivalent(const AffineMatrix& a, const AffineMatrix& b, double tol) noexcept {
-    for (int i = 0; i < 12; ++i) {
-        if (!(std::fabs(a.data()[i] - b.data()[i]) < tol)) {
-            return false;
-        }
-    }
-    return true;
+    return detail::allWithin(a.data(), b.data(), 12, tol);
 }
 
 }  // namespace koLinear

@@ -6,6 +6,7 @@
 
 #include "tessar/TessarExport.h"
 #include "tessar/linear/Point2.h"
+#include "tessar/linear/Tolerance.h"
 #include "tessar/linear/Tuple2.h"
 
 namespace koLinear {
@@ -142,12 +143,7 @@ constexpr Tuple2& operator*=(Tuple2& t, const AffineMatrix2& m) noexcept { retur
 
 /// True when every element of `a` differs from that of `b` by strictly less than `tol`.
 inline bool equivalent(const AffineMatrix2& a, const AffineMatrix2& b, double tol) noexcept {
-    for (int i = 0; i < 6; ++i) {
-        if (!(std::fabs(a.data()[i] - b.data()[i]) < tol)) {
-            return false;
-        }
-    }
-    return true;
+    return detail::allWithin(a.data(), b.data(), 6, tol);
 }
 
 }  // namespace koLinear

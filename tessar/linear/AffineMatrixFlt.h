@@ -1,11 +1,11 @@
 #pragma once
 
 #include <array>
-#include <cmath>
 #include <span>
 
 #include "tessar/linear/AffineMatrix.h"
 #include "tessar/linear/PointFlt.h"
+#include "tessar/linear/Tolerance.h"
 #include "tessar/linear/VectorFlt.h"
 
 namespace koLinear {
@@ -134,14 +134,7 @@ private:
 
 /// `a` followed by `b`.
 constexpr AffineMatrixFlt operator*(const AffineMatrixFlt& a, const AffineMatrixFlt& b) noexcept {
-    AffineMatrixFlt result;
-    for (int r = 0; r < 4; ++r) {
-        for (int c = 0; c < 3; ++c) {
-            result(r, c) = a(r, 0) * b(0, c) + a(r, 1) * b(1, c) + a(r, 2) * b(2, c);
-        }
-    }
-    result.setTranslation(result.translation() + b.translation());
-    return result;
+    return detail::affineProduct(a, b);
 }
 
 constexpr AffineMatrixFlt& AffineMatrixFlt::operator*=(const AffineMatrixFlt& b) noexcept {
@@ -151,16 +144,12 @@ constexpr AffineMatrixFlt& AffineMatrixFlt::operator*=(const AffineMatrixFlt& b)
 
 /// The point transformed, translation included.
 constexpr PointFlt operator*(const PointFlt& p, const AffineMatrixFlt& m) noexcept {
-    return {p.x * m(0, 0) + p.y * m(1, 0) + p.z * m(2, 0) + m(3, 0),
-            p.x * m(0, 1) + p.y * m(1, 1) + p.z * m(2, 1) + m(3, 1),
-            p.x * m(0, 2) + p.y * m(1, 2) + p.z * m(2, 2) + m(3, 2)};
+    return detail::affinePoint(p, m);
 }
 
 /// The vector transformed by the 3×3 part only.
 constexpr VectorFlt operator*(const VectorFlt& v, const AffineMatrixFlt& m) noexcept {
-    return {v.x * m(0, 0) + v.y * m(1, 0) + v.z * m(2, 0),
-            v.x * m(0, 1) + v.y * m(1, 1) + v.z * m(2, 1),
-            v.x * m(0, 2) + v.y * m(1, 2) + v.z * m(2, 2)};
+    return detail::affineLinear(v, m);
 }
 
 constexpr PointFlt& operator*=(PointFlt& p, const AffineMatrixFlt& m) noexcept { return p = p * m; }
@@ -171,12 +160,7 @@ constexpr VectorFlt& operator*=(VectorFlt& v, const AffineMatrixFlt& m) noexcept
 
 /// True when every element of `a` differs from that of `b` by strictly less than `tol`.
 inline bool equivalent(const AffineMatrixFlt& a, const AffineMatrixFlt& b, float tol) noexcept {
-    for (int i = 0; i < 12; ++i) {
-        if (!(std::fabs(a.data()[i] - b.data()[i]) < tol)) {
-            return false;
-        }
-    }
-    return true;
+    return detail::allWithin(a.data(), b.data(), 12, tol);
 }
 
 }  // namespace koLinear

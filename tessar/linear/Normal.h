@@ -13,7 +13,7 @@ public:
     double y = 0.0;
     double z = 0.0;
 
-    /// The zero normal: not a direction, a placeholder until one is assigned.
+    /// The zero normal: not a direction; assign one before use.
     constexpr Normal() noexcept = default;
     /// Stores the components as given; the caller supplies a unit direction.
     constexpr Normal(double x, double y, double z) noexcept : x(x), y(y), z(z) {}

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <array>
-#include <cmath>
 #include <span>
 
 #include "tessar/TessarExport.h"
 #include "tessar/linear/AffineMatrix.h"
 #include "tessar/linear/HPoint.h"
+#include "tessar/linear/Tolerance.h"
 
 namespace koLinear {
 
@@ -127,12 +127,7 @@ constexpr HPoint& operator*=(HPoint& h, const ProjMatrix& m) noexcept { return h
 
 /// True when every element of `a` differs from that of `b` by strictly less than `tol`.
 inline bool equivalent(const ProjMatrix& a, const ProjMatrix& b, double tol) noexcept {
-    for (int i = 0; i < 16; ++i) {
-        if (!(std::fabs(a.data()[i] - b.data()[i]) < tol)) {
-            return false;
-        }
-    }
-    return true;
+    return detail::allWithin(a.data(), b.data(), 16, tol);
 }
 
 }  // namespace koLinear

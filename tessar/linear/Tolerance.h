@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 namespace koLinear {
 
 /// \name Tolerances shared by the geometry code
@@ -24,5 +26,21 @@ inline constexpr double parallelTol = 1e-10;
 inline constexpr double degreeTol = 1e-6;
 
 /// @}
+
+namespace detail {
+
+// True when each of the `count` elements of `a` differs from the same element of `b` by
+// strictly less than `tol`: the element-wise equivalence of every matrix type.
+template <class Scalar>
+bool allWithin(const Scalar* a, const Scalar* b, int count, Scalar tol) noexcept {
+    for (int i = 0; i < count; ++i) {
+        if (!(std::fabs(a[i] - b[i]) < tol)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace detail
 
 }  // namespace koLinear
