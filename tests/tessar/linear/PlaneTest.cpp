@@ -1,0 +1,89 @@
+#include "tessar/linear/Plane.h"
+
+#include <cmath>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "tests/tessar/linear/Near.h"
+
+namespace koLinear {
+namespace {
+
+using koLinearTest::near;
+
+TEST(Plane, DistancesAndProjection) {
+    const Plane plane({0, 0, 2}, Normal::unitZ());
+    EXPECT_EQ(plane.signedDistance(Point(5, 5, 5)), 3.0);
+    EXPECT_EQ(distance(Point(5, 5, -1), plane), 3.0);
+    EXPECT_EQ(plane.project(Point(5, 6, -1)), Point(5, 6, 2));
+    Plane reversed = plane;
+    reversed.reverse();
+    EXPECT_EQ(reversed.signedDistance(Point(5, 5, 5)), -3.0);
+
+    // Counter-clockwise seen from +z gives the normal +z; the other order -z.
+    EXPECT_EQ(Plane(Point(1, 1, 0), Point(2, 1, 0), Point(1, 2, 0)).normal, Normal::unitZ());
+    EXPECT_EQ(Plane(Point(1, 1, 0), Point(1, 2, 0), Point(2, 1, 0)).normal, -Normal::unitZ());
+    EXPECT_EQ(Plane(Point(), Point(1, 1, 1), Point(2, 2, 2)).normal, Normal());
+}
+
+TEST(Plane, TransformUsesTheNormalMatrix) {
+    // The plane x + y = 1 under a stretch of y by 2 becomes x + y/2 = 1, normal (2, 1, 0)/√5.
+    Plane plane({1, 0, 0}, Normal(Vector(1, 1, 0)));
+    ASSERT_TRUE(plane.transform(AffineMatrix::makeScale(1, 2, 1)));
+    EXPECT_TRUE(near(plane.normal, Normal(2 / std::sqrt(5.0), 1 / std::sqrt(5.0), 0), 1e-15));
+    EXPECT_NEAR(plane.signedDistance(Point(0, 2, 0)), 0.0, 1e-15);
+    const Plane before = plane;
+    EXPECT_FALSE(plane.transform(AffineMatrix::makeScale(1, 0, 1)));
+    EXPECT_EQ(plane, before);
+}
+
+TEST(Plane, TwoPlanesMeetInALine) {
+    // z = 0 and x = 1: direction z × x = y; from a's origin (5, 5, 0) the nearest point of
+    // the line is (1, 5, 0).
+    const Plane floor({5, 5, 0}, Normal::unitZ());
+    const Plane wall({1, -7, 3}, Normal::unitX());
+    Line line;
+    ASSERT_TRUE(intersect(floor, wall, line));
+    EXPECT_TRUE(near(line.direction, Normal::unitY(), 1e-15));
+    EXPECT_TRUE(near(line.origin, Point(1, 5, 0), 1e-15));
+
+    const Line untouched({9, 9, 9}, Normal::unitX());
+    line = untouched;
+    EXPECT_FALSE(intersect(floor, Plane({0, 0, 1}, -Normal::unitZ()), line));
+    EXPECT_FALSE(intersect(floor, Plane({0, 0, 1}, Normal(Vector(0, 0.5e-10, 1))), line));
+    EXPECT_EQ(line, untouched);
+    EXPECT_TRUE(intersect(floor, Plane({0, 0, 1}, Normal(Vector(0, 2e-10, 1))), line));
+
+    // Random planes: the line lies in both, and its origin is the point nearest a's origin.
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> unit(-1.0, 1.0);
+    for (int i = 0; i < 50; ++i) {
+        SCOPED_TRACE(i);
+        const Plane a(Point(unit(random), unit(random), unit(random)),
+                      Normal(Vector(unit(random), unit(random), unit(random))));
+        const Plane b(Point(unit(random), unit(random), unit(random)),
+                      Normal(Vector(unit(random), unit(random), unit(random))));
+        ASSERT_TRUE(intersect(a, b, line));
+        for (double t : {-2.0, 0.0, 3.0}) {
+            EXPECT_NEAR(a.signedDistance(line.eval(t)), 0.0, 1e-9);
+            EXPECT_NEAR(b.signedDistance(line.eval(t)), 0.0, 1e-9);
+        }
+        EXPECT_NEAR(line.projectParam(a.origin), 0.0, 1e-9);
+    }
+}
+
+TEST(Plane, LineCrossesPlane) {
+    const Plane plane({0, 0, 1}, Normal::unitZ());
+    double t = -1.0;
+    ASSERT_TRUE(intersect(Line({2, 3, 5}, -Normal::unitZ()), plane, t));
+    EXPECT_EQ(t, 4.0);
+    ASSERT_TRUE(intersect(Line({0, 0, 0}, Normal(Vector(1, 0, 1))), plane, t));
+    EXPECT_NEAR(t, std::sqrt(2.0), 1e-15);
+    t = -1.0;
+    EXPECT_FALSE(intersect(Line({0, 0, 5}, Normal::unitX()), plane, t));
+    EXPECT_EQ(t, -1.0);
+}
+
+}  // namespace
+}  // namespace koLinear
