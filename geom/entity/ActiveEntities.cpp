@@ -8,7 +8,7 @@ namespace {
 // Deliberate: a plain, unsynchronised counter; entities are made and destroyed on the
 // host's thread and the count is a diagnostic, so it pays for neither an atomic nor a lock.
 int activeEntities = 0;
-}  // namespace
+} // namespace
 
 int numberOfActiveEntities() { return activeEntities; }
 
@@ -18,4 +18,4 @@ void detail::countEntityIn() { ++activeEntities; }
 
 void detail::countEntityOut() { --activeEntities; }
 
-}  // namespace koGeom
+} // namespace koGeom

@@ -22,4 +22,4 @@ void Entity::resendMessage(EntityModification& mod) const {
     modifiedSignal.emit(forwarded);
 }
 
-}  // namespace koGeom
+} // namespace koGeom

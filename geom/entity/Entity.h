@@ -48,4 +48,4 @@ protected:
     virtual void resendMessage(EntityModification& mod) const;
 };
 
-}  // namespace koGeom
+} // namespace koGeom

@@ -22,4 +22,4 @@ bool EntityModification::entityPresent(const EntityModification* notice,
     return false;
 }
 
-}  // namespace koGeom
+} // namespace koGeom

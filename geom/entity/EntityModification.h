@@ -10,9 +10,9 @@ class Entity;
 
 /// What kind of change a notice reports.
 enum class EntityModificationType : std::int32_t {
-    General = 0,    ///< a forwarded notice, built by `Entity::resendMessage` around its cause
-    Transform = 1,  ///< the entity's placement changed (`TransformModification`)
-    Mesh = 2,       ///< a mesh changed (mesh and topological mesh notices)
+    General = 0,   ///< a forwarded notice, built by `Entity::resendMessage` around its cause
+    Transform = 1, ///< the entity's placement changed (`TransformModification`)
+    Mesh = 2,      ///< a mesh changed (mesh and topological mesh notices)
 };
 
 /// A change notice, broadcast by an entity to the listeners of its `modifiedSignal`.
@@ -60,4 +60,4 @@ private:
     EntityModificationType type_;
 };
 
-}  // namespace koGeom
+} // namespace koGeom

@@ -7,4 +7,4 @@ koOS::DebugChannel& debugChannel() {
     return channel;
 }
 
-}  // namespace koGeom
+} // namespace koGeom

@@ -11,4 +11,4 @@ namespace koGeom {
 /// process exits; the host enables it and may give it a sink.
 FORMWORK_EXPORT koOS::DebugChannel& debugChannel();
 
-}  // namespace koGeom
+} // namespace koGeom

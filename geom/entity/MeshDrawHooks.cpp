@@ -26,7 +26,7 @@ void forward(Operation operation, const Mesh& mesh) {
     }
 }
 
-}  // namespace
+} // namespace
 
 void drawMesh(const koGeom::CompactMesh& mesh) {
     forward(&koGeom::MeshDrawInterface::drawMesh, mesh);
@@ -52,4 +52,4 @@ void drawAddTopoMeshPtr(const koGeom::TopoMesh* mesh) {
     forward(&koGeom::MeshDrawInterface::drawAddTopoMeshPtr, mesh);
 }
 
-}  // namespace koDebugDraw
+} // namespace koDebugDraw

@@ -23,4 +23,4 @@ FORMWORK_EXPORT void drawAddTopoMesh(const koGeom::TopoMesh& mesh);
 FORMWORK_EXPORT void drawAddTopoMeshPtr(const koGeom::TopoMesh* mesh);
 /// @}
 
-}  // namespace koDebugDraw
+} // namespace koDebugDraw

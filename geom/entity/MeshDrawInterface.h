@@ -34,4 +34,4 @@ protected:
 /// The name under which the hooks look the interface up.
 inline constexpr const char* meshDrawInterfaceName = "getMeshIFace";
 
-}  // namespace koGeom
+} // namespace koGeom

@@ -4,4 +4,4 @@ namespace koGeom {
 
 TransformModification::~TransformModification() = default;
 
-}  // namespace koGeom
+} // namespace koGeom

@@ -15,4 +15,4 @@ public:
     ~TransformModification() override;
 };
 
-}  // namespace koGeom
+} // namespace koGeom

@@ -12,7 +12,7 @@ namespace {
 // In channel order: the lookup tests the names in this order.
 const koString::CString* const channelNames[numMeshChannels] = {
     &meshVerticesName, &meshNormalsName, &meshUVsName, &meshSTsName, &meshColoursName};
-}  // namespace
+} // namespace
 
 const koString::CString& meshChannelName(MeshChannel channel) noexcept {
     return *channelNames[static_cast<int>(channel)];
@@ -27,4 +27,4 @@ int meshChannelIndex(const koString::CString& name) noexcept {
     return -1;
 }
 
-}  // namespace koGeom
+} // namespace koGeom

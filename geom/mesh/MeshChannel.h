@@ -10,11 +10,11 @@ namespace koGeom {
 /// The standard vertex channels of a mesh. A channel's value is also its bit number in the
 /// masks of a mesh change notice.
 enum class MeshChannel : std::int32_t {
-    Vertices = 0,  ///< "vertices": positions
-    Normals = 1,   ///< "normals"
-    UVs = 2,       ///< "uvs": texture coordinates
-    STs = 3,       ///< "sts": second texture coordinates
-    Colours = 4,   ///< "colours"
+    Vertices = 0, ///< "vertices": positions
+    Normals = 1,  ///< "normals"
+    UVs = 2,      ///< "uvs": texture coordinates
+    STs = 3,      ///< "sts": second texture coordinates
+    Colours = 4,  ///< "colours"
 };
 
 /// The number of standard vertex channels.
@@ -23,11 +23,11 @@ inline constexpr int numMeshChannels = 5;
 /// \name Channel names
 /// The names that select the standard channels, built when the library is loaded.
 /// @{
-FORMWORK_EXPORT extern const koString::CString meshVerticesName;  ///< "vertices"
-FORMWORK_EXPORT extern const koString::CString meshNormalsName;   ///< "normals"
-FORMWORK_EXPORT extern const koString::CString meshUVsName;       ///< "uvs"
-FORMWORK_EXPORT extern const koString::CString meshSTsName;       ///< "sts"
-FORMWORK_EXPORT extern const koString::CString meshColoursName;   ///< "colours"
+FORMWORK_EXPORT extern const koString::CString meshVerticesName; ///< "vertices"
+FORMWORK_EXPORT extern const koString::CString meshNormalsName;  ///< "normals"
+FORMWORK_EXPORT extern const koString::CString meshUVsName;      ///< "uvs"
+FORMWORK_EXPORT extern const koString::CString meshSTsName;      ///< "sts"
+FORMWORK_EXPORT extern const koString::CString meshColoursName;  ///< "colours"
 
 /// The name of a standard channel.
 FORMWORK_EXPORT const koString::CString& meshChannelName(MeshChannel channel) noexcept;
@@ -37,4 +37,4 @@ FORMWORK_EXPORT const koString::CString& meshChannelName(MeshChannel channel) no
 FORMWORK_EXPORT int meshChannelIndex(const koString::CString& name) noexcept;
 /// @}
 
-}  // namespace koGeom
+} // namespace koGeom

@@ -48,4 +48,4 @@ static_assert(std::is_trivially_copyable_v<MeshTriangle> &&
               std::is_standard_layout_v<MeshTriangle>);
 static_assert(std::is_trivially_copyable_v<MeshLine> && std::is_standard_layout_v<MeshLine>);
 
-}  // namespace koGeom
+} // namespace koGeom

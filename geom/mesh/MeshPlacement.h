@@ -19,4 +19,4 @@ static_assert(sizeof(koLinear::AffineMatrixFlt) == 48);
 static_assert(sizeof(MeshPlacement) == 56);
 static_assert(std::is_standard_layout_v<MeshPlacement>);
 
-}  // namespace koGeom
+} // namespace koGeom

@@ -36,4 +36,4 @@ template <class Key, class T, class Hash = hash<Key>, class KeyEqual = equal_to<
 using unordered_map = std::unordered_map<Key, T, Hash, KeyEqual, Allocator>;
 /// @}
 
-}  // namespace ko
+} // namespace ko

@@ -4,4 +4,4 @@ namespace ko {
 
 ImplBase::~ImplBase() = default;
 
-}  // namespace ko
+} // namespace ko

@@ -14,4 +14,4 @@ public:
     virtual ~ImplBase();
 };
 
-}  // namespace ko
+} // namespace ko

@@ -86,7 +86,7 @@ private:
     T* object_ = nullptr;
 };
 
-}  // namespace ko
+} // namespace ko
 
 template <class T>
 struct std::hash<ko::Reference<T>> {

@@ -38,4 +38,4 @@ private:
     mutable std::atomic<int> count_{0};
 };
 
-}  // namespace ko
+} // namespace ko

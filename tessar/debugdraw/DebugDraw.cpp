@@ -22,7 +22,7 @@ Registry& registry() {
     return *instance;
 }
 
-}  // namespace
+} // namespace
 
 void registerIFace(const char* name, void* iface) {
     if (name == nullptr) {
@@ -50,4 +50,4 @@ void* loadIFace(const char* name) {
     return found != r.interfaces.end() ? found->second : nullptr;
 }
 
-}  // namespace koDebugDraw
+} // namespace koDebugDraw

@@ -22,4 +22,4 @@ TESSAR_EXPORT void* loadIFace(const char* name);
 
 /// @}
 
-}  // namespace koDebugDraw
+} // namespace koDebugDraw

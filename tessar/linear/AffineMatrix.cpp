@@ -13,8 +13,8 @@ std::array<double, 9> adjugate(const AffineMatrix& m) noexcept {
     const double a = m(0, 0), b = m(0, 1), c = m(0, 2);
     const double d = m(1, 0), e = m(1, 1), f = m(1, 2);
     const double g = m(2, 0), h = m(2, 1), i = m(2, 2);
-    return {e * i - f * h, c * h - b * i, b * f - c * e,  //
-            f * g - d * i, a * i - c * g, c * d - a * f,  //
+    return {e * i - f * h, c * h - b * i, b * f - c * e, //
+            f * g - d * i, a * i - c * g, c * d - a * f, //
             d * h - e * g, b * g - a * h, a * e - b * d};
 }
 
@@ -22,7 +22,7 @@ bool singular(const AffineMatrix& m, double det) noexcept {
     return detail::nearlySingular(det, m.row(0).length() * m.row(1).length() * m.row(2).length());
 }
 
-}  // namespace
+} // namespace
 
 AffineMatrix AffineMatrix::makeRotation(const Vector& axis, double radians) noexcept {
     const Vector k = axis.normalized();
@@ -78,4 +78,4 @@ bool AffineMatrix::normalMatrix(AffineMatrix& out) const noexcept {
     return true;
 }
 
-}  // namespace koLinear
+} // namespace koLinear

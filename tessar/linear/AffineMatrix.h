@@ -47,7 +47,7 @@ constexpr Triple affinePoint(const Triple& p, const Matrix& m) noexcept {
     return result;
 }
 
-}  // namespace detail
+} // namespace detail
 
 /// An affine transform of space in double precision, stored as 4 rows × 3 columns: the
 /// linear (3×3) part in rows 0 to 2 and the translation in row 3. The matrix multiplies row
@@ -197,4 +197,4 @@ inline bool equivalent(const AffineMatrix& a, const AffineMatrix& b, double tol)
     return detail::allWithin(a.data(), b.data(), 12, tol);
 }
 
-}  // namespace koLinear
+} // namespace koLinear

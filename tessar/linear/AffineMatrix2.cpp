@@ -21,4 +21,4 @@ AffineMatrix2 AffineMatrix2::inverse() const noexcept {
     return result;
 }
 
-}  // namespace koLinear
+} // namespace koLinear

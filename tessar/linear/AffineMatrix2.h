@@ -146,4 +146,4 @@ inline bool equivalent(const AffineMatrix2& a, const AffineMatrix2& b, double to
     return detail::allWithin(a.data(), b.data(), 6, tol);
 }
 
-}  // namespace koLinear
+} // namespace koLinear

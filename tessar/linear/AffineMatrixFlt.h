@@ -163,4 +163,4 @@ inline bool equivalent(const AffineMatrixFlt& a, const AffineMatrixFlt& b, float
     return detail::allWithin(a.data(), b.data(), 12, tol);
 }
 
-}  // namespace koLinear
+} // namespace koLinear

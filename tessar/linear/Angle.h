@@ -15,4 +15,4 @@ constexpr double toDegrees(double radians) noexcept { return radians * (180.0 / 
 
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

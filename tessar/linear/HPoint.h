@@ -97,4 +97,4 @@ constexpr HPoint operator*(HPoint h, double s) noexcept { return h *= s; }
 constexpr HPoint operator*(double s, HPoint h) noexcept { return h *= s; }
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

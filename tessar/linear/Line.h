@@ -77,4 +77,4 @@ inline Line operator*(const Line& line, const AffineMatrix& m) noexcept {
     return {line.origin * m, Normal(line.direction * m)};
 }
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -48,4 +48,4 @@ public:
     constexpr bool operator==(const Normal&) const noexcept = default;
 };
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -99,4 +99,4 @@ constexpr ParamLine operator*(const ParamLine& line, const AffineMatrix& m) noex
     return {line.origin * m, line.direction * m};
 }
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -79,4 +79,4 @@ inline ParamPlane operator*(ParamPlane plane, const AffineMatrix& m) noexcept {
     return plane;
 }
 
-}  // namespace koLinear
+} // namespace koLinear

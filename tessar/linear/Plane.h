@@ -98,4 +98,4 @@ inline bool intersect(const Line& line, const Plane& plane, double& t) noexcept 
 }
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

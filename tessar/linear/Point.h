@@ -81,4 +81,4 @@ inline bool equivalent(const Point& a, const Point& b, double tol) noexcept {
 }
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

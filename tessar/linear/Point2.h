@@ -74,4 +74,4 @@ inline bool equivalent(const Point2& a, const Point2& b, double tol) noexcept {
 }
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

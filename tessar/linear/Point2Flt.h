@@ -74,4 +74,4 @@ inline bool equivalent(const Point2Flt& a, const Point2Flt& b, float tol) noexce
 }
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

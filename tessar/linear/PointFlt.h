@@ -77,4 +77,4 @@ inline bool equivalent(const PointFlt& a, const PointFlt& b, float tol) noexcept
 }
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

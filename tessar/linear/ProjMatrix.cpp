@@ -62,7 +62,7 @@ double eliminate(ProjMatrix m, ProjMatrix& inverse) noexcept {
     return det;
 }
 
-}  // namespace
+} // namespace
 
 double ProjMatrix::determinant() const noexcept {
     ProjMatrix unused;
@@ -85,4 +85,4 @@ ProjMatrix ProjMatrix::inverse() const noexcept {
     return result;
 }
 
-}  // namespace koLinear
+} // namespace koLinear

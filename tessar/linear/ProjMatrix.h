@@ -130,4 +130,4 @@ inline bool equivalent(const ProjMatrix& a, const ProjMatrix& b, double tol) noe
     return detail::allWithin(a.data(), b.data(), 16, tol);
 }
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -88,4 +88,4 @@ inline bool equivalent(const Range1d& a, const Range1d& b, double tol) noexcept 
     return std::fabs(a.min - b.min) < tol && std::fabs(a.max - b.max) < tol;
 }
 
-}  // namespace koLinear
+} // namespace koLinear

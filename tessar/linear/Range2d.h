@@ -100,4 +100,4 @@ inline bool equivalent(const Range2d& a, const Range2d& b, double tol) noexcept 
     return equivalent(a.min, b.min, tol) && equivalent(a.max, b.max, tol);
 }
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -106,4 +106,4 @@ inline bool equivalent(const Range3d& a, const Range3d& b, double tol) noexcept 
     return equivalent(a.min, b.min, tol) && equivalent(a.max, b.max, tol);
 }
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -41,6 +41,6 @@ bool allWithin(const Scalar* a, const Scalar* b, int count, Scalar tol) noexcept
     return true;
 }
 
-}  // namespace detail
+} // namespace detail
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -106,4 +106,4 @@ constexpr bool isParallel(const Tuple2& a, const Tuple2& b, double tol) noexcept
 
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -125,4 +125,4 @@ inline double angle(const Vector& a, const Vector& b) noexcept {
 
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -102,4 +102,4 @@ inline bool equivalent(const Vector2Flt& a, const Vector2Flt& b, float tol) noex
 }
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -112,4 +112,4 @@ inline bool equivalent(const VectorFlt& a, const VectorFlt& b, float tol) noexce
 }
 /// @}
 
-}  // namespace koLinear
+} // namespace koLinear

@@ -24,7 +24,7 @@ struct ArgumentsEnd {
     std::va_list& list;
 };
 
-}  // namespace
+} // namespace
 
 void DebugChannel::print(const char* format, ...) {
     if (!enabled()) {
@@ -65,4 +65,4 @@ void DebugChannel::printList(const char* format, std::va_list arguments) {
     }
 }
 
-}  // namespace koOS
+} // namespace koOS

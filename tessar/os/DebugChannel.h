@@ -56,4 +56,4 @@ private:
     Sink sink_;
 };
 
-}  // namespace koOS
+} // namespace koOS

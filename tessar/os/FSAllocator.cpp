@@ -23,7 +23,7 @@ constexpr std::size_t roundUpToSlot(std::size_t n) {
     return (n + slotAlignment - 1) / slotAlignment * slotAlignment;
 }
 
-}  // namespace
+} // namespace
 
 FSAllocator::FSAllocator(std::size_t elementSize, std::size_t blockSize)
     : elementSize_(std::max<std::size_t>(elementSize, 1)),
@@ -86,4 +86,4 @@ void FSAllocator::releaseBlocks() noexcept {
     untakenEnd_ = nullptr;
 }
 
-}  // namespace koOS
+} // namespace koOS

@@ -145,6 +145,6 @@ private:
     bool lazy_ = false;
 };
 
-}  // namespace koOS
+} // namespace koOS
 
 #undef TESSAR_FSALLOCATOR_POISON

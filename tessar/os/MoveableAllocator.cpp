@@ -71,7 +71,7 @@ void discardRange([[maybe_unused]] int fd, [[maybe_unused]] std::uint64_t offset
 #endif
 }
 
-}  // namespace
+} // namespace
 
 MoveableAllocator::MoveableAllocator()
     : pageSize_(static_cast<std::size_t>(::sysconf(_SC_PAGESIZE))),
@@ -162,4 +162,4 @@ void MoveableAllocator::release(MoveableChunk& chunk) noexcept {
     }
 }
 
-}  // namespace koOS
+} // namespace koOS

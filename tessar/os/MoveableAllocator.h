@@ -12,7 +12,7 @@ class MoveableChunk;
 
 namespace detail {
 class FileSpace;
-}  // namespace detail
+} // namespace detail
 
 /// A source of `MoveableChunk`s: runs of bytes kept in one backing file and mapped into
 /// memory only while in use, so that a host can keep idle data out of memory.
@@ -87,4 +87,4 @@ private:
     std::size_t numChunks_ = 0;
 };
 
-}  // namespace koOS
+} // namespace koOS

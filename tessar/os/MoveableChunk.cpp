@@ -38,4 +38,4 @@ void MoveableChunk::unmap() noexcept {
     }
 }
 
-}  // namespace koOS
+} // namespace koOS

@@ -12,7 +12,7 @@ class MoveableAllocator;
 
 namespace detail {
 struct ChunkNodes;
-}  // namespace detail
+} // namespace detail
 
 /// A run of bytes kept in the backing file of a `MoveableAllocator`, reachable in memory only
 /// while mapped.
@@ -83,4 +83,4 @@ private:
     std::size_t reservedBytes_;
 };
 
-}  // namespace koOS
+} // namespace koOS

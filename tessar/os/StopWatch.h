@@ -26,4 +26,4 @@ private:
     Clock::time_point start_;
 };
 
-}  // namespace koOS
+} // namespace koOS

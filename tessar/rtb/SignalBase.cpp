@@ -151,4 +151,4 @@ int SignalClient::numConnections() const noexcept {
     return count;
 }
 
-}  // namespace koRTB
+} // namespace koRTB

@@ -60,8 +60,8 @@ public:
         void unlinkFromSignal() noexcept;
         void unlinkFromClient() noexcept;
 
-        SignalBase* signal_ = nullptr;    // null once the signal is gone
-        SignalClient* client_ = nullptr;  // null once the client is gone
+        SignalBase* signal_ = nullptr;   // null once the signal is gone
+        SignalClient* client_ = nullptr; // null once the client is gone
         connectionItem* previous_ = nullptr;
         connectionItem* next_ = nullptr;
         connectionItem* previousOfClient_ = nullptr;
@@ -116,4 +116,4 @@ private:
     bool blocked_ = false;
 };
 
-}  // namespace koRTB
+} // namespace koRTB

@@ -30,4 +30,4 @@ private:
     SignalBase::connectionItem* first_ = nullptr;
 };
 
-}  // namespace koRTB
+} // namespace koRTB

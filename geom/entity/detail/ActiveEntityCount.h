@@ -9,4 +9,4 @@ void countEntityIn();
 void countEntityOut();
 /// @}
 
-}  // namespace koGeom::detail
+} // namespace koGeom::detail

@@ -14,4 +14,4 @@ inline bool nearlySingular(double determinant, double rowLengthProduct) noexcept
     return !(std::fabs(determinant) > epsilonTol * rowLengthProduct);
 }
 
-}  // namespace koLinear::detail
+} // namespace koLinear::detail

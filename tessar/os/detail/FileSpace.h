@@ -101,4 +101,4 @@ private:
     std::uint64_t freeBytes_ = 0;
 };
 
-}  // namespace koOS::detail
+} // namespace koOS::detail

@@ -97,7 +97,7 @@ TEST(Entity, DeletedListenersHearTheAddressWhileTheEntityIsStillCounted) {
     probe->deletedSignal.connect(first, &Watcher::onDeleted);
     probe->deletedSignal.connect(second, &Watcher::onDeleted);
 
-    held.reset();  // the last reference destroys it
+    held.reset(); // the last reference destroys it
     ASSERT_EQ(first.addresses.size(), 1u);
     EXPECT_EQ(first.addresses[0], probe);
     EXPECT_EQ(first.countSeen, whileAlive);
@@ -110,7 +110,7 @@ TEST(Entity, DeletedListenersHearTheAddressWhileTheEntityIsStillCounted) {
 TEST(Entity, SendMessageReachesListenersInOrderWithTheSameNotice) {
     Probe probe;
     TransformModification mod(&probe);
-    probe.sendMessage(mod);  // no listener: returns at once
+    probe.sendMessage(mod); // no listener: returns at once
 
     std::vector<Seen> seen;
     Recorder a("a", seen), b("b", seen), c("c", seen);
@@ -231,7 +231,7 @@ TEST(EntityModification, RootsChainsAndPresence) {
     EXPECT_TRUE(third.entityPresent(&b));
     EXPECT_TRUE(third.entityPresent(&c));
     EXPECT_FALSE(third.entityPresent(&stranger));
-    EXPECT_FALSE(second.entityPresent(&c));  // presence looks back along the chain only
+    EXPECT_FALSE(second.entityPresent(&c)); // presence looks back along the chain only
     EXPECT_FALSE(EntityModification::entityPresent(nullptr, &a));
 
     // A copy keeps the sender, the cause and the type.
@@ -262,5 +262,5 @@ TEST(Entity, ListenerMayReleaseTheLastReferenceDuringABroadcast) {
     EXPECT_EQ(later.numConnections(), 0);
 }
 
-}  // namespace
-}  // namespace koGeom
+} // namespace
+} // namespace koGeom

@@ -36,5 +36,5 @@ TEST(LibraryDebugChannel, OneSharedChannelMadeOnceAndSilentUntilEnabled) {
     channel.setSink(nullptr);
 }
 
-}  // namespace
-}  // namespace koGeom
+} // namespace
+} // namespace koGeom

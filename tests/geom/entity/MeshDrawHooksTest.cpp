@@ -84,5 +84,5 @@ TEST(MeshDrawHooks, ForwardToTheFirstInterfaceFoundAndDrawNothingWithout) {
     EXPECT_EQ(first.calls.size(), 2u);
 }
 
-}  // namespace
-}  // namespace koGeom
+} // namespace
+} // namespace koGeom

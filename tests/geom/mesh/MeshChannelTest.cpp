@@ -22,5 +22,5 @@ TEST(MeshChannel, NamesSelectTheirChannelsExactly) {
     EXPECT_EQ(&meshChannelName(MeshChannel::STs), &meshSTsName);
 }
 
-}  // namespace
-}  // namespace koGeom
+} // namespace
+} // namespace koGeom

@@ -101,5 +101,5 @@ TEST(MeshRecords, ArraysOfRecordsAreExactlyTheirFloats) {
     EXPECT_EQ(lines[2], (MeshLine{{1, 3}}));
 }
 
-}  // namespace
-}  // namespace koGeom
+} // namespace
+} // namespace koGeom

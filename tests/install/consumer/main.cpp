@@ -24,7 +24,7 @@ struct View : koRTB::SignalClient {
     int transforms = 0;
 };
 
-}  // namespace
+} // namespace
 
 int main() {
     const int before = koGeom::numberOfActiveEntities();

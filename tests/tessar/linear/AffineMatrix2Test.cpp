@@ -46,5 +46,5 @@ TEST(AffineMatrix2, TransformsProductsAndInverseByHand) {
     EXPECT_FALSE(equivalent(m, moved, 1.0));
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

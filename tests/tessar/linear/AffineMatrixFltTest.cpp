@@ -54,5 +54,5 @@ TEST(AffineMatrixFlt, ConversionsRoundEachElement) {
     static_assert(!std::is_convertible_v<AffineMatrixFlt, AffineMatrix>);
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -159,5 +159,5 @@ TEST(AffineMatrix, EquivalentComparesEveryElementStrictly) {
     EXPECT_FALSE(equivalent(handMatrix, handMatrix, 0.0));
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

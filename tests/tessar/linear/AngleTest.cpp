@@ -18,5 +18,5 @@ TEST(Angle, DegreesAndRadians) {
     EXPECT_DOUBLE_EQ(toRadians(degreeTol), 1.7453292519943295e-8);
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

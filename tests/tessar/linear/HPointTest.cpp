@@ -36,5 +36,5 @@ TEST(HPoint, DehomogenizeDividesByW) {
     EXPECT_EQ(out, Point(1, 2, 3));
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

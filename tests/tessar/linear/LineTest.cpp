@@ -52,5 +52,5 @@ TEST(Line, RangeProjectsToTheIntervalOfItsCorners) {
     }
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -42,4 +42,4 @@ template <class T>
     return same ? ::testing::AssertionSuccess() : ::testing::AssertionFailure() << text.str();
 }
 
-}  // namespace koLinearTest
+} // namespace koLinearTest

@@ -28,5 +28,5 @@ TEST(Normal, AxesReversalAndConversions) {
     static_assert(!std::is_convertible_v<Vector, Normal>);
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -54,5 +54,5 @@ TEST(ParamLine, RangeProjectsToTheIntervalOfItsCorners) {
     EXPECT_TRUE(projectParam(Range3d(), ParamLine()).isEmpty());
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -53,5 +53,5 @@ TEST(ParamPlane, TransformKeepsParametersAndTransformsTheNormal) {
     EXPECT_EQ(flat.vEdge, Vector());
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -85,5 +85,5 @@ TEST(Plane, LineCrossesPlane) {
     EXPECT_EQ(t, -1.0);
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -18,5 +18,5 @@ TEST(Point2Flt, ConversionRoundsToNearestEven) {
     EXPECT_EQ(distance(Point2Flt(1, 2), Point2Flt(4, 6)), 5.0f);
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -15,5 +15,5 @@ TEST(Point2, DifferencesCombinationsAndStrictEquivalence) {
     EXPECT_TRUE(equivalent(Point2(1, 2), Point2(1, 2.25), 0.5));
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -34,5 +34,5 @@ TEST(PointFlt, DistancesInFloat) {
     EXPECT_TRUE(equivalent(PointFlt(1, 2, 3), PointFlt(1, 2, 3.25f), 0.5f));
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -30,5 +30,5 @@ TEST(Point, EquivalentIsStrict) {
     EXPECT_FALSE(equivalent(Point(1, 2, 3), Point(1, 2, 3), 0.0));
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

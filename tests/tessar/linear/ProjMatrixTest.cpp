@@ -101,5 +101,5 @@ TEST(ProjMatrix, AffineEmbeddingAndSingularity) {
     EXPECT_EQ(flat.determinant(), 0.0);
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -43,5 +43,5 @@ TEST(Range1d, ContainmentAndIntersectionAreClosed) {
     EXPECT_EQ(r.clamp(7.0), 1.0);
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

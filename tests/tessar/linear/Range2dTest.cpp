@@ -26,5 +26,5 @@ TEST(Range2d, AccumulatesFromUnboundedAndAnswersQueries) {
     EXPECT_FALSE(r.intersects(Range2d({0, 4}, {1, 5})));
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

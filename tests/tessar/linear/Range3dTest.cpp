@@ -42,5 +42,5 @@ TEST(Range3d, CornersContainmentAndIntersection) {
     EXPECT_EQ(r.intersection(Range3d({1, -5, 4}, {9, 2, 9})), Range3d({1, 1, 4}, {3, 2, 5}));
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -20,5 +20,5 @@ TEST(Tuple2, CrossSignParallelismAndLength) {
     EXPECT_FALSE(equivalent(Tuple2(0, 0), Tuple2(0.5, 0), 0.5));
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -14,5 +14,5 @@ TEST(Vector2Flt, ConversionRoundsAndLengthIsFloat) {
     EXPECT_EQ(cross(Vector2Flt(3, 4), Vector2Flt(-1, 2)), 10.0f);
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

@@ -33,5 +33,5 @@ TEST(VectorFlt, ConversionsRoundAndWiden) {
     EXPECT_EQ(tiny.z, std::ldexp(1.0f, -148));
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear

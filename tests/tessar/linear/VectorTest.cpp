@@ -69,5 +69,5 @@ TEST(Vector, IsParallelComparesTheSineWithTheTolerance) {
     EXPECT_EQ(angle(x, Vector()), 0.0);
 }
 
-}  // namespace
-}  // namespace koLinear
+} // namespace
+} // namespace koLinear
