@@ -42,6 +42,20 @@ int main() {
         std::puts("notice or count wrong");
         return 1;
     }
+    // Records, exported channel names and platform types, as a mesh client uses them.
+    koGeom::MeshVertex vertex{};
+    const double position[3] = {0.1, 2.0, -3.0};
+    vertex.set(position);
+    const koLinear::AffineMatrix shift = koLinear::AffineMatrix::makeTranslation({1.0, 0.0, 0.0});
+    const koLinear::Point moved = vertex.asPoint() * shift;
+    if (moved.x != 1.0 + static_cast<double>(0.1f) ||
+        koGeom::meshChannelIndex(koGeom::meshColoursName) != 4 ||
+        koGeom::meshChannelIndex("Colours") != -1) {
+        std::puts("records or channels wrong");
+        return 1;
+    }
+    koDebugDraw::drawAddMeshPtr(nullptr); // no drawing interface registered: draws nothing
+
     std::puts("consumer ok");
     return 0;
 }
