@@ -1,5 +1,6 @@
 #include "tessar/linear/ProjMatrix.h"
 
+#include <array>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -13,45 +14,33 @@ using koLinearTest::near;
 
 // The perspective projection of the frame [-1, 1]² at near distance 1 and far distance 3,
 // eye looking down -z: m00 = m11 = 2n / (r - l) = 1, m22 = (n + f) / (n - f) = -2,
-// m32 = 2nf / (n - f) = -3, m23 = -1.
-ProjMatrix perspective() {
-    ProjMatrix m;
-    m(2, 2) = -2.0;
-    m(3, 2) = -3.0;
-    m(2, 3) = -1.0;
-    m(3, 3) = 0.0;
-    return m;
-}
+// m23 = -1, m32 = 2nf / (n - f) = -3.
+// clang-format off
+const ProjMatrix perspective(std::array<double, 16>{1, 0,  0,  0,
+                                                    0, 1,  0,  0,
+                                                    0, 0, -2, -1,
+                                                    0, 0, -3,  0});
+// clang-format on
 
-TEST(ProjMatrix, PerspectiveMapsNearAndFarToTheViewBoundary) {
-    const ProjMatrix m = perspective();
-    // (0, 0, -1, 1): z' = -1*-2 + 1*-3 = -1, w' = -1*-1 = 1, so depth -1 on the near plane.
-    const HPoint near1 = HPoint(Point(0, 0, -1)) * m;
-    EXPECT_EQ(near1, HPoint(0, 0, -1, 1));
+TEST(ProjMatrix, PerspectiveAndItsInverseByHand) {
+    // (0, 0, -1, 1): z' = -1*-2 + 1*-3 = -1, w' = -1*-1 = 1, so depth -1 on the near plane;
     // (1, -1, -3, 1): x' = 1, y' = -1, z' = 6 - 3 = 3, w' = 3: depth +1 on the far plane.
-    const HPoint far1 = HPoint(Point(1, -1, -3)) * m;
-    EXPECT_EQ(far1, HPoint(1, -1, 3, 3));
-    EXPECT_TRUE(near1.insideView(true));
-    EXPECT_TRUE(far1.insideView(true));
-    EXPECT_FALSE((HPoint(Point(0, 0, -3.5)) * m).insideView(true));
-    EXPECT_FALSE((HPoint(Point(0, 0, 1)) * m).insideView(false));
-}
-
-TEST(ProjMatrix, InverseMatchesTheClosedForm) {
-    // The closed form of the inverse perspective: m00 = (r - l) / 2n = 1, m11 = 1,
-    // m23 = (f - n) / (-2fn) = -1/3, m32 = -1, m33 = (f + n) / 2fn = 2/3, all else 0.
-    ProjMatrix expected;
-    expected(2, 2) = 0.0;
-    expected(2, 3) = -1.0 / 3.0;
-    expected(3, 2) = -1.0;
-    expected(3, 3) = 2.0 / 3.0;
+    EXPECT_EQ(HPoint(Point(0, 0, -1)) * perspective, HPoint(0, 0, -1, 1));
+    EXPECT_EQ(HPoint(Point(1, -1, -3)) * perspective, HPoint(1, -1, 3, 3));
+    // det = 1 * 1 * ((-2) * 0 - (-1) * (-3)) = -3; the elimination exchanges rows 2 and 3 on
+    // the way, so the sign of the exchange counts.
+    EXPECT_DOUBLE_EQ(perspective.determinant(), -3.0);
+    // The closed form of the inverse: m00 = (r - l) / 2n = 1, m11 = 1, m23 = (f - n) / -2fn
+    // = -1/3, m32 = -1, m33 = (f + n) / 2fn = 2/3, all else 0.
     ProjMatrix inverse;
-    ASSERT_TRUE(perspective().inverse(inverse));
+    ASSERT_TRUE(perspective.inverse(inverse));
+    // clang-format off
+    const ProjMatrix expected(std::array<double, 16>{1, 0,  0,  0,
+                                                     0, 1,  0,  0,
+                                                     0, 0,  0, -1.0 / 3,
+                                                     0, 0, -1,  2.0 / 3});
+    // clang-format on
     EXPECT_TRUE(near(inverse, expected, 1e-15));
-    EXPECT_TRUE(near(perspective() * inverse, ProjMatrix(), 1e-15));
-    EXPECT_TRUE(near((HPoint(1, -1, 3, 3) * inverse).dehomogenize(), Point(1, -1, -3), 1e-14));
-    // det = 1 * 1 * ((-2) * 0 - (-1) * (-3)) = -3.
-    EXPECT_DOUBLE_EQ(perspective().determinant(), -3.0);
 }
 
 TEST(ProjMatrix, InverseRoundTripOnRandomMatrices) {
@@ -71,32 +60,22 @@ TEST(ProjMatrix, InverseRoundTripOnRandomMatrices) {
         ProjMatrix inverse;
         ASSERT_TRUE(m.inverse(inverse));
         EXPECT_TRUE(near(m * inverse, ProjMatrix(), 1e-13));
-        EXPECT_TRUE(near(inverse * m, ProjMatrix(), 1e-13));
     }
 }
 
 TEST(ProjMatrix, AffineEmbeddingAndSingularity) {
     const AffineMatrix a({0, 1, 0}, {-1, 0, 0}, {0, 0, 2}, {10, 20, 30});
     const ProjMatrix pa(a);
-    EXPECT_EQ(pa.row(3), HPoint(10, 20, 30, 1));
+    EXPECT_EQ(pa.transposed()(0, 3), 10.0);
     EXPECT_EQ((HPoint(Point(1, 2, 3)) * pa).dehomogenize(), Point(1, 2, 3) * a);
     const AffineMatrix b = AffineMatrix::makeRotation({1, 1, 0}, 0.5);
-    EXPECT_TRUE(near(ProjMatrix(a) * ProjMatrix(b), ProjMatrix(a * b), 1e-14));
-    EXPECT_TRUE(near(ProjMatrix(a).inverse(), ProjMatrix(a.inverse()), 1e-14));
-    EXPECT_EQ(pa.transposed()(0, 3), 10.0);
-
-    // Exchanging two rows of the identity gives determinant -1.
-    ProjMatrix swapped;
-    swapped.setRow(0, HPoint(0, 1, 0, 0));
-    swapped.setRow(1, HPoint(1, 0, 0, 0));
-    EXPECT_EQ(swapped.determinant(), -1.0);
-    EXPECT_EQ(swapped.inverse(), swapped);
+    EXPECT_TRUE(near(pa * ProjMatrix(b), ProjMatrix(a * b), 1e-14));
 
     ProjMatrix flat = pa;
     flat.setRow(2, HPoint(0, 0, 0, 0));
-    ProjMatrix out = swapped;
+    ProjMatrix out = perspective;
     EXPECT_FALSE(flat.inverse(out));
-    EXPECT_EQ(out, swapped);
+    EXPECT_EQ(out, perspective);
     EXPECT_EQ(flat.inverse(), ProjMatrix());
     EXPECT_EQ(flat.determinant(), 0.0);
 }
