@@ -1,0 +1,7 @@
+#include "geom/mesh/ArrayAllocator.h"
+
+namespace koGeom {
+
+ArrayAllocator::~ArrayAllocator() = default;
+
+} // namespace koGeom

@@ -1,0 +1,198 @@
+#include "geom/mesh/Array.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "geom/mesh/MeshIndexRecords.h"
+#include "tests/support/HeapProbe.h"
+#include "tests/support/RecordingAllocator.h"
+
+namespace koGeom {
+namespace {
+
+using koGeomTest::RecordingAllocator;
+using Request = RecordingAllocator::Request;
+using Operation = RecordingAllocator::Operation;
+
+void fillSequence(Array<int>& array, int first) {
+    for (int i = 0; i < array.count(); ++i) {
+        array.elements()[i] = first + i;
+    }
+}
+
+TEST(Array, HeapArrayKeepsThePrefixAcrossResizes) {
+    Array<int> array;
+    EXPECT_EQ(array.elements(), nullptr);
+    EXPECT_EQ(array.base(), nullptr);
+
+    array.setCount(5);
+    fillSequence(array, 10);
+    array.setCount(8); // grows: the five survive
+    array.setCount(3); // shrinks: the first three survive
+    ASSERT_EQ(array.count(), 3);
+    EXPECT_EQ(array.elements()[0], 10);
+    EXPECT_EQ(array.elements()[2], 12);
+    EXPECT_EQ(array.elements(), array.base() + 1);
+
+    array.setCount(-3); // negative is the same as 0
+    EXPECT_EQ(array.count(), 0);
+    EXPECT_EQ(array.elements(), nullptr);
+    EXPECT_EQ(array.base(), nullptr);
+}
+
+TEST(Array, AllocatorReceivesEveryRequestKeyedByTheArray) {
+    ko::Reference<RecordingAllocator> recorder(new RecordingAllocator);
+    {
+        Array<MeshTriangle> triangles;
+        triangles.setAllocator(recorder);
+        ASSERT_TRUE(recorder->requests.empty()); // an empty array has nothing to move
+
+        triangles.setCount(4);
+        triangles.elements()[3].set(7, 8, 9);
+        triangles.setCount(6);
+        triangles.setCount(6); // same count: no request
+        triangles.setCount(-3);
+        triangles.setCount(2);
+        // A block of n + 2 elements each time; the elements start one element (12 bytes for a
+        // triangle) past the block's start.
+        EXPECT_EQ(reinterpret_cast<const std::byte*>(triangles.elements()),
+                  static_cast<const std::byte*>(recorder->get(&triangles)) + 12);
+
+        const std::vector<Request> expected = {
+            {Operation::Resize, &triangles, 6 * 12},
+            {Operation::Resize, &triangles, 8 * 12},
+            {Operation::Resize, &triangles, 0},
+            {Operation::Resize, &triangles, 4 * 12},
+        };
+        EXPECT_EQ(recorder->requests, expected);
+        recorder->requests.clear();
+    }
+    // Destruction frees the key.
+    EXPECT_EQ(recorder->requests.size(), 1u);
+    EXPECT_EQ(recorder->requests[0].operation, Operation::Free);
+
+    Array<MeshLine> lines;
+    lines.setAllocator(recorder);
+    lines.setCount(1);
+    EXPECT_EQ(recorder->requests.back(), (Request{Operation::Resize, &lines, 3 * 8}));
+    EXPECT_EQ(reinterpret_cast<const std::byte*>(lines.elements()),
+              static_cast<const std::byte*>(recorder->get(&lines)) + 8);
+}
+
+TEST(Array, CopyConstructionAdoptsTheAllocatorAssignmentKeepsItsOwn) {
+    ko::Reference<RecordingAllocator> recorder(new RecordingAllocator);
+    Array<int> source;
+    source.setAllocator(recorder);
+    source.setCount(3);
+    fillSequence(source, 1);
+    source.base()[0] = -100; // the guards too
+    source.base()[4] = -200;
+
+    // A copy shares the allocator, under its own key, and copies the whole block.
+    Array<int> copy(source);
+    EXPECT_EQ(copy.allocator(), source.allocator());
+    ASSERT_NE(recorder->get(&copy), nullptr);
+    EXPECT_NE(copy.base(), source.base());
+    EXPECT_EQ(std::memcmp(copy.base(), source.base(), 5 * sizeof(int)), 0);
+
+    // Deliberate: assignment keeps the target's own allocator (here: the heap), and copies the
+    // elements but not the guards.
+    Array<int> onHeap;
+    onHeap.setCount(1);
+    onHeap.base()[0] = 55;
+    recorder->requests.clear();
+    onHeap = source;
+    EXPECT_FALSE(onHeap.allocator());
+    EXPECT_TRUE(recorder->requests.empty());
+    ASSERT_EQ(onHeap.count(), 3);
+    EXPECT_EQ(onHeap.elements()[2], 3);
+
+    Array<int> keyed;
+    keyed.setAllocator(recorder);
+    keyed = onHeap;
+    EXPECT_EQ(keyed.allocator().get(), recorder.get());
+    EXPECT_EQ(keyed.elements(), static_cast<int*>(recorder->get(&keyed)) + 1);
+    EXPECT_EQ(keyed.elements()[1], 2);
+
+    keyed = keyed; // self-assignment changes nothing
+    EXPECT_EQ(keyed.count(), 3);
+    EXPECT_EQ(keyed.elements()[0], 1);
+}
+
+TEST(Array, ChangingTheAllocatorOfAFilledArrayLosesItsElements) {
+    ko::Reference<RecordingAllocator> recorder(new RecordingAllocator);
+    Array<int> array;
+    array.setCount(4);
+    fillSequence(array, 0);
+
+    // Deliberate: the elements are copied under the key of a temporary array, and the swap
+    // does not re-key them, so this array's own key finds nothing.
+    array.setAllocator(recorder);
+    EXPECT_EQ(array.count(), 4);
+    EXPECT_EQ(array.allocator().get(), recorder.get());
+    EXPECT_EQ(array.elements(), nullptr);
+    ASSERT_EQ(recorder->requests.size(), 1u);
+    EXPECT_NE(recorder->requests[0].key, &array);
+    EXPECT_EQ(recorder->requests[0].bytes, 6 * sizeof(int));
+
+    // The remedy: empty, set the allocator, refill.
+    Array<int> refilled;
+    refilled.setCount(4);
+    refilled.setCount(0);
+    refilled.setAllocator(recorder);
+    refilled.setCount(4);
+    fillSequence(refilled, 0);
+    EXPECT_EQ(refilled.elements()[3], 3);
+
+    // Back to the heap: again through a temporary, so the contents arrive.
+    Array<int> back(refilled);
+    back.setAllocator(nullptr);
+    EXPECT_FALSE(back.allocator());
+    ASSERT_NE(back.elements(), nullptr);
+    EXPECT_EQ(back.elements()[3], 3);
+}
+
+TEST(Array, FailedAllocationLeavesTheArrayAsItWas) {
+    Array<int> array;
+    array.setCount(3);
+    fillSequence(array, 5);
+    const int* before = array.elements();
+    {
+        heapProbe::FailureScope failing(0);
+        EXPECT_THROW(array.setCount(1000), std::bad_alloc);
+    }
+    EXPECT_EQ(array.count(), 3);
+    EXPECT_EQ(array.elements(), before);
+    EXPECT_EQ(array.elements()[2], 7);
+
+    // A count whose block cannot exist fails the same way.
+    Array<MeshTriangle> huge;
+    EXPECT_THROW(huge.setCount(std::numeric_limits<int>::max()), std::bad_alloc);
+    EXPECT_EQ(huge.count(), 0);
+}
+
+TEST(Array, SwapExchangesStorageWithoutTellingTheAllocator) {
+    ko::Reference<RecordingAllocator> recorder(new RecordingAllocator);
+    Array<int> keyed;
+    keyed.setAllocator(recorder);
+    keyed.setCount(2);
+    Array<int> heap;
+    heap.setCount(5);
+    fillSequence(heap, 40);
+    recorder->requests.clear();
+
+    keyed.swap(heap);
+    EXPECT_TRUE(recorder->requests.empty());
+    EXPECT_FALSE(keyed.allocator());
+    EXPECT_EQ(keyed.count(), 5);
+    EXPECT_EQ(keyed.elements()[4], 44);
+    // The keyed storage still sits under the old key, which `heap` does not have.
+    EXPECT_EQ(heap.count(), 2);
+    EXPECT_EQ(heap.elements(), nullptr);
+}
+
+} // namespace
+} // namespace koGeom
