@@ -68,9 +68,14 @@ void extendRange(const float* values, int numElements, float* rangeMin, float* r
         }
         for (const float* block = values; block != values + std::ptrdiff_t{numScanned} * width;
              block += lanes) {
-            for (int j = 0; j < lanes; ++j) {
-                laneMin[j] = lower(block[j], laneMin[j]);
-                laneMax[j] = higher(block[j], laneMax[j]);
+            // Groups of four lanes, each one vector register's worth; unrolling the groups
+            // lets the compiler keep every lane in a register for the whole scan.
+#pragma GCC unroll 12
+            for (int group = 0; group < lanes; group += 4) {
+                for (int j = group; j < group + 4; ++j) {
+                    laneMin[j] = lower(block[j], laneMin[j]);
+                    laneMax[j] = higher(block[j], laneMax[j]);
+                }
             }
         }
         for (int c = 0; c < width; ++c) {
