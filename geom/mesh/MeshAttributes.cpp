@@ -107,6 +107,8 @@ MeshAttributes& MeshAttributes::operator=(const MeshAttributes& other) {
         return *this;
     }
     koString::CString name(other.name_);
+    // Deliberate: the values keep this channel's own allocator, as array assignment does; the
+    // mesh copies channels by copy construction when they are to share the source's.
     if (values_.allocator()) {
         // Storage in an allocator is keyed by this array, so it cannot be filled aside and
         // swapped in: the array copies in place, and a failure leaves it empty.
