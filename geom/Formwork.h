@@ -13,6 +13,7 @@
 #include "geom/entity/TransformModification.h"
 #include "geom/mesh/Array.h"
 #include "geom/mesh/ArrayAllocator.h"
+#include "geom/mesh/MeshAttributes.h"
 #include "geom/mesh/MeshChannel.h"
 #include "geom/mesh/MeshIndexRecords.h"
 #include "geom/mesh/MeshPlacement.h"
