@@ -92,6 +92,7 @@ public:
     /// @}
 
 private:
+    // A remap marks the images of a set word by word, and must know whether word 0 exists.
     friend class Remap;
 
     // Signed, truncating division, so -1 .. -31 fall in word 0.
@@ -106,7 +107,7 @@ private:
     int numInts() const noexcept { return size_ / 32 + 1; }
 
     template <class Combine>
-    void combine(const BitVector& other, Combine combineWord) noexcept;
+    void combine(const BitVector& other, Combine combineBits) noexcept;
 
     int size_ = 0;
     int numSet_ = 0;
