@@ -1,0 +1,79 @@
+#include "geom/connectivity/MeshModification.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+namespace koGeom {
+namespace {
+
+// Reads the masks back through the notice's own bit tests, all 32 bits.
+class Notice : public MeshModification {
+public:
+    using MeshModification::MeshModification;
+    std::uint32_t modifiedMask() const { return mask(&Notice::isModified); }
+    std::uint32_t validMask() const { return mask(&Notice::isValid); }
+
+private:
+    std::uint32_t mask(bool (MeshModification::*test)(Channel) const noexcept) const {
+        std::uint32_t bits = 0;
+        for (int c = 0; c < 32; ++c) {
+            bits |= (this->*test)(static_cast<Channel>(c)) ? std::uint32_t{1} << c : 0;
+        }
+        return bits;
+    }
+};
+
+using Type = MeshModification::Type;
+
+TEST(MeshModification, InitialMasksFollowTheKindOfChange) {
+    const Notice moved(nullptr, Type::Transformed, nullptr);
+    EXPECT_EQ(moved.EntityModification::getType(), EntityModificationType::Mesh);
+    EXPECT_TRUE(moved.areVerticesTransformed());
+    EXPECT_EQ(moved.modifiedMask(), 0x1u);
+    EXPECT_EQ(moved.validMask(), 0xFFFFFBFDu);
+    EXPECT_TRUE(moved.areVertexAttribsValid("weights"));
+
+    const Notice rebuilt(nullptr, Type::TopologyModified, nullptr);
+    EXPECT_TRUE(rebuilt.topologyModified());
+    EXPECT_EQ(rebuilt.modifiedMask(), 0x21u);
+    EXPECT_EQ(rebuilt.validMask(), 0x21u);
+    EXPECT_FALSE(rebuilt.areVertexAttribsValid("weights"));
+
+    for (Type type : {Type::AttributesModified, static_cast<Type>(7)}) {
+        const Notice painted(nullptr, type, nullptr);
+        EXPECT_EQ(painted.modifiedMask(), 0u);
+        EXPECT_EQ(painted.validMask(), 0xFFFFFFFFu);
+        EXPECT_TRUE(painted.areVertexAttribsValid("weights"));
+    }
+}
+
+TEST(MeshModification, SettersMarkChannelsByBitOrByName) {
+    Notice notice(nullptr, Type::TopologyModified, nullptr);
+    notice.uvsModified();
+    notice.coloursValid();
+    notice.lineStripsModified();
+    notice.triangleNormalsValid();
+    // Deliberate: polygons get the modified bit only.
+    notice.polysModified();
+    EXPECT_EQ(notice.modifiedMask(), 0x21u | 1u << 2 | 1u << 6 | 1u << 9);
+    EXPECT_EQ(notice.validMask(), 0x21u | 1u << 2 | 1u << 4 | 1u << 9 | 1u << 10);
+    EXPECT_TRUE(notice.arePolysModified() && !notice.areColoursModified());
+
+    // A channel's name stands for its bit: "sts" follows the bit, not the name sets.
+    notice.vertexAttribsModified("normals");
+    EXPECT_TRUE(notice.areNormalsModified() && notice.areNormalsValid());
+    EXPECT_FALSE(notice.areVertexAttribsValid("sts"));
+    notice.vertexAttribsValid("sts");
+    EXPECT_TRUE(notice.areSTsValid());
+    // Other names are matched exactly, case included.
+    notice.vertexAttribsValid("weights");
+    notice.vertexAttribsModified("Colours");
+    EXPECT_TRUE(notice.areVertexAttribsValid("weights"));
+    EXPECT_FALSE(notice.areVertexAttribsModified("weights"));
+    EXPECT_TRUE(notice.areVertexAttribsValid("Colours"));
+    EXPECT_FALSE(notice.areColoursModified());
+}
+
+} // namespace
+} // namespace koGeom
