@@ -4,6 +4,12 @@
 
 #include "tessar/Tessar.h"
 
+#include "geom/connectivity/ArrayOfSets.h"
+#include "geom/connectivity/BitVector.h"
+#include "geom/connectivity/MeshModification.h"
+#include "geom/connectivity/MeshRemap.h"
+#include "geom/connectivity/MeshSubset.h"
+#include "geom/connectivity/Remap.h"
 #include "geom/entity/ActiveEntities.h"
 #include "geom/entity/Entity.h"
 #include "geom/entity/EntityModification.h"
