@@ -17,14 +17,7 @@ Remap& Remap::operator=(const Remap& other) {
     if (this == &other) {
         return *this;
     }
-    if (!map_.allocator()) {
-        // A heap temporary (assignment keeps its heap storage), swapped in once complete.
-        Array<int> copy;
-        copy = other.map_;
-        map_.swap(copy);
-    } else {
-        map_ = other.map_;
-    }
+    map_ = other.map_;
     rangeSize_ = other.rangeSize_;
     return *this;
 }

@@ -25,8 +25,8 @@ public:
     Remap(int domainSize, int rangeSize);
     /// Copies the entries and the range size; the reference count is the new object's own.
     Remap(const Remap& other);
-    /// Copies the entries and the range size. With the entries on the heap the copy is made
-    /// into a temporary and swapped in, so a failed copy leaves this map unchanged.
+    /// Copies the entries and the range size. With the entries on the heap a failed copy
+    /// leaves this map unchanged (see `Array` assignment).
     Remap& operator=(const Remap& other);
     ~Remap() override;
 

@@ -43,17 +43,21 @@ public:
     }
 
     /// Copies the elements (not the guards) into this array's own storage, keeping its own
-    /// allocator.
+    /// allocator. On the heap a failed allocation leaves the array as it was; in an allocator,
+    /// where the storage is found by this array's own key and cannot be filled aside, the old
+    /// elements are released first and a failure leaves the array empty.
     Array& operator=(const Array& other) {
         if (this == &other) {
             return *this;
         }
-        setCount(0);
-        if (other.count_ >= 1) {
-            setCount(other.count_);
-            std::memcpy(static_cast<void*>(elements()), other.elements(),
-                        sizeof(T) * static_cast<std::size_t>(count_));
+        if (!allocator_) {
+            Array copy;
+            copy.copyElementsFrom(other);
+            swap(copy);
+            return *this;
         }
+        setCount(0);
+        copyElementsFrom(other);
         return *this;
     }
 
@@ -128,6 +132,15 @@ public:
     }
 
 private:
+    // Sizes this empty array to `other`'s count and copies the elements, not the guards.
+    void copyElementsFrom(const Array& other) {
+        if (other.count_ >= 1) {
+            setCount(other.count_);
+            std::memcpy(static_cast<void*>(elements()), other.elements(),
+                        sizeof(T) * static_cast<std::size_t>(count_));
+        }
+    }
+
     template <class Block>
     static Block* pastGuard(Block* block) noexcept {
         return block == nullptr ? nullptr : block + 1;

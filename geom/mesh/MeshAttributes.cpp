@@ -110,15 +110,11 @@ MeshAttributes& MeshAttributes::operator=(const MeshAttributes& other) {
     // Deliberate: the values keep this channel's own allocator, as array assignment does; the
     // mesh copies channels by copy construction when they are to share the source's.
     if (values_.allocator()) {
-        // Storage in an allocator is keyed by this array, so it cannot be filled aside and
-        // swapped in: the array copies in place, and a failure leaves it empty.
+        // In an allocator the array copies in place and a failure leaves it empty, which the
+        // range must not go on describing.
         invalidateRange();
-        values_ = other.values_;
-    } else {
-        Array<float> values;
-        values = other.values_;
-        values_.swap(values);
     }
+    values_ = other.values_;
     name_.swap(name);
     dimension_ = other.dimension_;
     storageRequired_ = other.storageRequired_;

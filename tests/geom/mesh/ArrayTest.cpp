@@ -166,6 +166,19 @@ TEST(Array, FailedAllocationLeavesTheArrayAsItWas) {
     EXPECT_EQ(array.count(), 3);
     EXPECT_EQ(array.elements(), before);
     EXPECT_EQ(array.elements()[2], 7);
+
+    // Assignment on the heap copies aside first, so a failure leaves the target as it was.
+    Array<int> larger;
+    larger.setCount(50);
+    fillSequence(larger, 100);
+    {
+        heapProbe::FailureScope failing(0);
+        EXPECT_THROW(array = larger, std::bad_alloc);
+    }
+    EXPECT_EQ(array.count(), 3);
+    EXPECT_EQ(array.elements(), before);
+    array = larger;
+    EXPECT_EQ(array.elements()[49], 149);
 }
 
 TEST(Array, SwapExchangesStorageWithoutTellingTheAllocator) {
