@@ -9,6 +9,7 @@
 #include "tessar/linear/Angle.h"
 #include "tessar/linear/HPoint.h"
 #include "tessar/linear/Line.h"
+#include "tessar/linear/LinearScalar.h"
 #include "tessar/linear/Normal.h"
 #include "tessar/linear/ParamLine.h"
 #include "tessar/linear/ParamPlane.h"
