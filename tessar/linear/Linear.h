@@ -18,6 +18,7 @@
 #include "tessar/linear/Point2.h"
 #include "tessar/linear/Point2Flt.h"
 #include "tessar/linear/PointFlt.h"
+#include "tessar/linear/PointRange.h"
 #include "tessar/linear/ProjMatrix.h"
 #include "tessar/linear/Range1d.h"
 #include "tessar/linear/Range2d.h"
