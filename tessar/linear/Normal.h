@@ -48,4 +48,21 @@ public:
     constexpr bool operator==(const Normal&) const noexcept = default;
 };
 
+/// \name Vector arithmetic with a normal first
+/// A normal takes part in vector arithmetic as the `Vector` it converts to. The vector
+/// operations take their scalar from their first vector argument, which a normal cannot
+/// supply; these give the same results where a normal is that argument.
+/// @{
+constexpr Vector operator+(const Normal& a, const Vector& b) noexcept { return Vector(a) + b; }
+constexpr Vector operator-(const Normal& a, const Vector& b) noexcept { return Vector(a) - b; }
+constexpr Vector operator*(const Normal& n, double s) noexcept { return Vector(n) * s; }
+constexpr Vector operator*(double s, const Normal& n) noexcept { return s * Vector(n); }
+constexpr Vector operator/(const Normal& n, double s) noexcept { return Vector(n) / s; }
+constexpr double dot(const Normal& a, const Vector& b) noexcept { return dot(Vector(a), b); }
+constexpr Vector cross(const Normal& a, const Vector& b) noexcept { return cross(Vector(a), b); }
+inline bool equivalent(const Normal& a, const Vector& b, double tol) noexcept {
+    return equivalent(Vector(a), b, tol);
+}
+/// @}
+
 } // namespace koLinear

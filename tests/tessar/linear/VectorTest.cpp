@@ -55,6 +55,10 @@ TEST(VectorFlt, ArithmeticInFloatAndRoundingConversions) {
     EXPECT_EQ(v, VectorFlt(3.0f / 13.0f, 4.0f / 13.0f, 12.0f / 13.0f));
     EXPECT_EQ(dot(VectorFlt(1, 2, 3), VectorFlt(4, -5, 6)), 12.0f);
     EXPECT_EQ(cross(VectorFlt(1, 2, 3), VectorFlt(4, -5, 6)), VectorFlt(27, 6, -13));
+    // In float, 1 + 2^-24 rounds to 1 after each addition; summed in double and rounded once,
+    // the length would come out as 1 + 2^-23.
+    const float tinyY = std::ldexp(1.0f, -12);
+    EXPECT_EQ(VectorFlt(1, tinyY, tinyY).length2(), 1.0f);
     // A normal narrows through its vector form. Among the denormals, multiples of 2^-149:
     // 0.75 of a step rounds up to one step, 0.25 rounds down to 0, and 1.5 steps, a tie,
     // rounds to the even count, 2.
