@@ -1,5 +1,6 @@
 #include "tests/support/MeshBuilders.h"
 
+#include <initializer_list>
 #include <utility>
 
 namespace koGeomTest {
@@ -14,44 +15,39 @@ long nextCall() {
     return ++calls;
 }
 
-std::uint32_t bitOf(Channel channel) { return std::uint32_t{1} << static_cast<int>(channel); }
-
-std::uint32_t modifiedBits(const MeshModification& mod) {
-    const std::pair<Channel, bool> bits[] = {
-        {Channel::Vertices, mod.areVerticesModified()},
-        {Channel::Normals, mod.areNormalsModified()},
-        {Channel::UVs, mod.areUVsModified()},
-        {Channel::STs, mod.areSTsModified()},
-        {Channel::Colours, mod.areColoursModified()},
-        {Channel::Triangles, mod.areTrianglesModified()},
-        {Channel::Polys, mod.arePolysModified()},
-        {Channel::StripsAndFans, mod.areStripsAndFansModified()},
-        {Channel::Lines, mod.areLinesModified()},
-        {Channel::LineStrips, mod.areLineStripsModified()},
-        {Channel::TriangleNormals, mod.areTriangleNormalsModified()}};
+// The mask with the bit of each channel whose answer is true.
+std::uint32_t maskOf(std::initializer_list<std::pair<Channel, bool>> answers) {
     std::uint32_t mask = 0;
-    for (const auto& [channel, set] : bits) {
-        mask |= set ? bitOf(channel) : 0;
+    for (const auto& [channel, set] : answers) {
+        mask |= set ? std::uint32_t{1} << static_cast<int>(channel) : 0;
     }
     return mask;
 }
 
+std::uint32_t modifiedBits(const MeshModification& mod) {
+    return maskOf({{Channel::Vertices, mod.areVerticesModified()},
+                   {Channel::Normals, mod.areNormalsModified()},
+                   {Channel::UVs, mod.areUVsModified()},
+                   {Channel::STs, mod.areSTsModified()},
+                   {Channel::Colours, mod.areColoursModified()},
+                   {Channel::Triangles, mod.areTrianglesModified()},
+                   {Channel::Polys, mod.arePolysModified()},
+                   {Channel::StripsAndFans, mod.areStripsAndFansModified()},
+                   {Channel::Lines, mod.areLinesModified()},
+                   {Channel::LineStrips, mod.areLineStripsModified()},
+                   {Channel::TriangleNormals, mod.areTriangleNormalsModified()}});
+}
+
 std::uint32_t validBits(const MeshModification& mod) {
-    const std::pair<Channel, bool> bits[] = {
-        {Channel::Vertices, mod.areVertexAttribsValid(koGeom::meshVerticesName)},
-        {Channel::Normals, mod.areNormalsValid()},
-        {Channel::UVs, mod.areUVsValid()},
-        {Channel::STs, mod.areSTsValid()},
-        {Channel::Colours, mod.areColoursValid()},
-        {Channel::StripsAndFans, mod.areStripsAndFansValid()},
-        {Channel::Lines, mod.areLinesValid()},
-        {Channel::LineStrips, mod.areLineStripsValid()},
-        {Channel::TriangleNormals, mod.areTriangleNormalsValid()}};
-    std::uint32_t mask = 0;
-    for (const auto& [channel, set] : bits) {
-        mask |= set ? bitOf(channel) : 0;
-    }
-    return mask;
+    return maskOf({{Channel::Vertices, mod.areVertexAttribsValid(koGeom::meshVerticesName)},
+                   {Channel::Normals, mod.areNormalsValid()},
+                   {Channel::UVs, mod.areUVsValid()},
+                   {Channel::STs, mod.areSTsValid()},
+                   {Channel::Colours, mod.areColoursValid()},
+                   {Channel::StripsAndFans, mod.areStripsAndFansValid()},
+                   {Channel::Lines, mod.areLinesValid()},
+                   {Channel::LineStrips, mod.areLineStripsValid()},
+                   {Channel::TriangleNormals, mod.areTriangleNormalsValid()}});
 }
 
 } // namespace
