@@ -34,8 +34,9 @@ class MeshModification;
 /// `MeshModification` and passes it to `modified`, which brings the channels up to date and
 /// tells the listeners.
 ///
-/// Channel pointers and typed arrays stay valid until the channel is removed or resized (and,
-/// in a moveable allocator, until the next unmap). A mesh is used from one thread at a time.
+/// A channel pointer stays valid until the channel is removed; a typed array until the
+/// channel is resized too (and, in a moveable allocator, until the next unmap). A mesh is used
+/// from one thread at a time.
 class FORMWORK_EXPORT PointMesh : public Entity {
 public:
     /// \name Standard channel names
