@@ -1,0 +1,63 @@
+#include "geom/mesh/GridMesh.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "tests/support/MeshBuilders.h"
+
+namespace koGeom {
+namespace {
+
+TEST(GridMesh, VertexNumbersAndGridPositions) {
+    const GridMesh grid(4, 3, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(grid.getNumVertices(), 12);
+    EXPECT_EQ(koGeomTest::channelNames(grid), "vertices");
+    EXPECT_EQ(grid.vertexNum(1, 2), 9);
+    EXPECT_EQ(grid.vertexNum(3, 0), 3);
+
+    // Deliberate: both the row and the column divide by nv, so vertex 9 of a 4 × 3 grid
+    // comes back as (0, 3), not as the (1, 2) it was numbered from.
+    int u = -7;
+    int v = -7;
+    grid.uvIndexes(9, u, v);
+    EXPECT_EQ(v, 3);
+    EXPECT_EQ(u, 0);
+
+    // On a square grid the two are inverses.
+    const GridMesh square(5, 5, nullptr, nullptr, nullptr, nullptr);
+    for (int n = 0; n < 25; ++n) {
+        square.uvIndexes(n, u, v);
+        EXPECT_EQ(square.vertexNum(u, v), n);
+    }
+
+    const GridMesh flat(4, 0, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(flat.getNumAttributes(), 0);
+    flat.uvIndexes(3, u, v);
+    EXPECT_EQ(u, -1);
+    EXPECT_EQ(v, -1);
+}
+
+TEST(GridMesh, AssignmentCopiesTheSizeThatResizingKeeps) {
+    const MeshVertex vertices[] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}};
+    const MeshUV uvs[] = {{0, 0}, {1, 0}, {0, 1}, {1, 1}};
+    const GridMesh source(2, 2, vertices, nullptr, uvs, nullptr);
+    GridMesh target(4, 3, nullptr, nullptr, nullptr, nullptr);
+    target = source;
+    EXPECT_EQ(target.nu(), 2);
+    EXPECT_EQ(target.nv(), 2);
+    EXPECT_EQ(koGeomTest::channelNames(target), "vertices,uvs");
+    EXPECT_EQ(target.getUVs()[2], uvs[2]);
+
+    target.resizeVertexArray(7);
+    EXPECT_EQ(target.getNumVertices(), 7);
+    EXPECT_EQ(target.nu(), 2);
+    EXPECT_EQ(target.nv(), 2);
+
+    const GridMesh copy(source);
+    EXPECT_EQ(copy.nu(), 2);
+    EXPECT_EQ(copy.getVertices()[3], vertices[3]);
+}
+
+} // namespace
+} // namespace koGeom
