@@ -1,8 +1,10 @@
 #include "geom/connectivity/MeshAdjTris.h"
+#include "geom/connectivity/MeshTriAdjTris.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 #include <random>
 #include <vector>
 
@@ -11,71 +13,57 @@
 namespace koGeom {
 namespace {
 
-TEST(MeshAdjTris, TakesTheSetsAndCopiesTrianglesInSetOrder) {
-    ko::Reference<MeshAdjTris> empty(new MeshAdjTris);
-    EXPECT_EQ(empty->maxTris(), 0);
-
-    // Five triangles; vertex 0 lists triangle 4 before triangle 1.
-    const int triangles[] = {0, 1, 2, 3, 0, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13};
-    const int pairs[] = {0, 4, 0, 1, 1, 2};
-    ArrayOfSets sets;
-    sets.assignFromPairs(2, 3, pairs);
-    ko::Reference<MeshAdjTris> table(new MeshAdjTris(sets));
-    EXPECT_EQ(sets.getNumSets(), 0);
-    EXPECT_EQ(sets.getSets().count(), 0);
-    EXPECT_EQ(table->maxTris(), 2);
-    EXPECT_EQ(table->numBytesUsed(), 4 * (2 + 3) + 72);
-
-    std::vector<int> corners(6);
-    table->copyTriangles(0, corners.data(), triangles);
-    EXPECT_EQ(corners, (std::vector<int>{11, 12, 13, 3, 0, 4}));
-
-    table->swap(*empty);
-    EXPECT_EQ(table->maxTris(), 0);
-    EXPECT_EQ(empty->maxTris(), 2);
-    EXPECT_EQ(empty->numTris(1), 1);
-    EXPECT_EQ(empty->triIndices(1)[0], 2);
-}
-
 TEST(MeshAdjTris, CopyTrianglesMatchesAScanOfTheTriangleList) {
     std::mt19937 random(3);
     const int numVertices = 40;
-    const int numTriangles = 120;
-    std::vector<int> triangles(3 * numTriangles);
-    for (int& corner : triangles) {
-        corner = static_cast<int>(random() % numVertices);
-    }
-    // (vertex, triangle) pairs of every corner, in shuffled order.
-    std::vector<int> order(3 * numTriangles);
-    for (int k = 0; k < 3 * numTriangles; ++k) {
-        order[k] = k;
-    }
-    std::shuffle(order.begin(), order.end(), random);
+    std::vector<int> triangles(3 * 120);
+    std::generate(triangles.begin(), triangles.end(), [&] { return random() % numVertices; });
+    // (vertex, triangle) pairs of every corner, in shuffled order: each set keeps that order.
+    std::vector<int> corners(triangles.size());
+    std::iota(corners.begin(), corners.end(), 0);
+    std::shuffle(corners.begin(), corners.end(), random);
     std::vector<int> pairs;
-    for (int k : order) {
-        pairs.push_back(triangles[k]);
-        pairs.push_back(k / 3);
+    for (int k : corners) {
+        pairs.insert(pairs.end(), {triangles[k], k / 3});
     }
     ArrayOfSets sets;
-    sets.assignFromPairs(numVertices, 3 * numTriangles, pairs.data());
+    sets.assignFromPairs(numVertices, static_cast<int>(corners.size()), pairs.data());
     ko::Reference<MeshAdjTris> table(new MeshAdjTris(sets));
+    EXPECT_EQ(sets.getNumSets(), 0);
+    EXPECT_EQ(sets.getSets().count(), 0);
+    EXPECT_EQ(table->numBytesUsed(), 4 * (40 + 360) + 72);
 
-    int largest = 0;
+    std::size_t largest = 0;
     for (int vertex = 0; vertex < numVertices; ++vertex) {
         std::vector<int> expected;
-        for (int k : order) {
+        for (int k : corners) {
             if (triangles[k] == vertex) {
-                const int t = k / 3;
-                expected.insert(expected.end(), &triangles[3 * t], &triangles[3 * t + 3]);
+                expected.insert(expected.end(), &triangles[k / 3 * 3], &triangles[k / 3 * 3 + 3]);
             }
         }
-        largest = std::max(largest, static_cast<int>(expected.size()) / 3);
-        ASSERT_EQ(table->numTris(vertex) * 3, static_cast<int>(expected.size()));
-        std::vector<int> corners(expected.size());
-        table->copyTriangles(vertex, corners.data(), triangles.data());
-        ASSERT_EQ(corners, expected) << "vertex " << vertex;
+        largest = std::max(largest, expected.size() / 3);
+        ASSERT_EQ(table->numTris(vertex) * 3u, expected.size());
+        std::vector<int> copied(expected.size());
+        table->copyTriangles(vertex, copied.data(), triangles.data());
+        ASSERT_EQ(copied, expected) << "vertex " << vertex;
     }
-    EXPECT_EQ(table->maxTris(), largest);
+    EXPECT_EQ(table->maxTris(), static_cast<int>(largest));
+}
+
+// The triangle-to-triangle table shares everything but copyTriangles.
+TEST(MeshTriAdjTris, RecordsTheLargestSetAndSwaps) {
+    const int pairs[] = {0, 1, 2, 0, 2, 1, 0, 2, 2, 3, 2, 4, 2, 5}; // sizes 2, 0, 5
+    ArrayOfSets sets;
+    sets.assignFromPairs(3, 7, pairs);
+    ko::Reference<MeshTriAdjTris> table(new MeshTriAdjTris(sets));
+    EXPECT_EQ(table->maxTris(), 5);
+    EXPECT_EQ(table->triIndices(2)[4], 5);
+
+    ko::Reference<MeshTriAdjTris> empty(new MeshTriAdjTris);
+    empty->swap(*table);
+    EXPECT_EQ(empty->maxTris(), 5);
+    EXPECT_EQ(table->maxTris(), 0);
+    EXPECT_EQ(table->numBytesUsed(), 72);
 }
 
 } // namespace
