@@ -1,0 +1,7 @@
+#include "geom/connectivity/MeshTriAdjTris.h"
+
+namespace koGeom {
+
+MeshTriAdjTris::~MeshTriAdjTris() = default;
+
+} // namespace koGeom
