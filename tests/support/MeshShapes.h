@@ -1,0 +1,17 @@
+#pragma once
+
+#include "geom/mesh/CompactMesh.h"
+
+namespace koGeomTest {
+
+/// Fills `mesh` with a closed torus of nu × nv vertices (vertex j·nu + i at grid position
+/// (i, j)) and 2·nu·nv triangles, two per grid cell with both directions wrapping round: every
+/// edge is shared by exactly two triangles and every vertex lies in six. Major radius 2,
+/// minor radius 1, about the origin in the xy plane.
+void makeTorus(koGeom::CompactMesh& mesh, int nu, int nv);
+
+/// Fills `mesh` with the unit cube [0, 1]^3: 8 vertices (vertex i has x = bit 0, y = bit 1,
+/// z = bit 2 of i) and 12 outward-facing triangles.
+void makeCube(koGeom::CompactMesh& mesh);
+
+} // namespace koGeomTest
