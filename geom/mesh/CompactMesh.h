@@ -182,8 +182,8 @@ public:
     /// fan gives (p0, pi, pi+1) for i = 1 … L − 2. Nothing is appended when the sum of
     /// (length − 2) over all strips and fans is below 1, even if some sequences are long
     /// enough. A sequence whose indices do not lie within its points array gives nothing.
-    /// O(new triangles). Throws `std::bad_alloc` when storage cannot be had, before anything
-    /// changes.
+    /// O(new triangles). Throws `std::bad_alloc` when storage cannot be had; nothing is then
+    /// written, and the arrays are as a failed `resizeTriangleArray` leaves them.
     void fullyPopulateTriangleArray();
     /// Appends the segments (pi, pi+1) of every line strip after the existing lines. The line
     /// count becomes the old count plus the sum of (length − 1) over the line strips, so
