@@ -1,0 +1,339 @@
+#include "geom/mesh/CompactMesh.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "geom/connectivity/MeshModification.h"
+#include "tests/support/HeapProbe.h"
+#include "tests/support/MeshBuilders.h"
+#include "tests/support/RecordingAllocator.h"
+
+namespace koGeom {
+namespace {
+
+using koGeomTest::fillVertices;
+using koGeomTest::NoticeRecorder;
+using koGeomTest::RecordingAllocator;
+using Type = MeshModification::Type;
+
+// Gives a sequence the given runs of indices, with its starts emptied.
+void fill(MeshSequence& sequence, const std::vector<std::vector<int>>& runs) {
+    std::vector<int> points;
+    sequence.lengths().setCount(static_cast<int>(runs.size()));
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        points.insert(points.end(), runs[i].begin(), runs[i].end());
+        sequence.lengths().elements()[i] = static_cast<int>(runs[i].size());
+    }
+    sequence.points().setCount(static_cast<int>(points.size()));
+    std::copy(points.begin(), points.end(), sequence.points().elements());
+    sequence.invalidate();
+}
+
+template <class Record>
+std::vector<Record> values(const Record* first, int count) {
+    return std::vector<Record>(first, first + count);
+}
+
+std::vector<MeshTriangle> triangles(const CompactMesh& mesh) {
+    return values(mesh.getTriangles(), mesh.getNumTriangles());
+}
+
+TEST(CompactMesh, ExpandsStripsFansAndLineStripsByHand) {
+    CompactMesh mesh;
+    const int existing[] = {9, 9, 9};
+    mesh.copyTriangles(1, existing);
+    mesh.allocTriangleNormalArray();
+    fill(mesh.getTriStrips(), {{0, 1, 2, 3, 4}, {5, 6}, {10, 11, 12, 13}});
+    fill(mesh.getTriFans(), {{7, 1, 2, 3}});
+    const int sizeBefore = mesh.getSizeInBytes();
+    mesh.fullyPopulateTriangleArray();
+    const std::vector<MeshTriangle> once = {{{9, 9, 9}}, {{0, 1, 2}},    {{2, 1, 3}},
+                                            {{2, 3, 4}}, {{10, 11, 12}}, {{12, 11, 13}},
+                                            {{7, 1, 2}}, {{7, 2, 3}}};
+    EXPECT_EQ(triangles(mesh), once);
+    // The triangle normals grew with the triangles: 12 bytes each in the estimate.
+    EXPECT_EQ(mesh.getSizeInBytes() - sizeBefore, 2 * 12 * 7);
+    // The strips and fans stay, so a second call appends the same triangles again.
+    mesh.fullyPopulateTriangleArray();
+    ASSERT_EQ(mesh.getNumTriangles(), 15);
+    EXPECT_EQ(triangles(mesh)[14], (MeshTriangle{{7, 2, 3}}));
+
+    const MeshLine existingLine{{8, 8}};
+    mesh.resizeLineArray(1);
+    mesh.getLines()[0] = existingLine;
+    fill(mesh.getLineStrips(), {{5, 6, 7}, {1}, {3, 4}});
+    mesh.fullyPopulateLineArray();
+    EXPECT_EQ(values(mesh.getLines(), mesh.getNumLines()),
+              (std::vector<MeshLine>{existingLine, {{5, 6}}, {{6, 7}}, {{3, 4}}}));
+}
+
+TEST(CompactMesh, ExpansionCountsShortSequencesAndSkipsOnesPastThePoints) {
+    // Deliberate: strips too short to yield a triangle subtract from the count that decides
+    // whether anything is appended, so here the three-index strip is not expanded.
+    CompactMesh mesh;
+    fill(mesh.getTriStrips(), {{}, {}, {0, 1, 2}});
+    mesh.fullyPopulateTriangleArray();
+    EXPECT_EQ(mesh.getNumTriangles(), 0);
+    // Once the sum reaches one, every triangle is appended: one for the strip, four for the
+    // fan, though the sum counts only one.
+    fill(mesh.getTriFans(), {{0, 1, 2, 3, 4, 5}});
+    mesh.fullyPopulateTriangleArray();
+    EXPECT_EQ(triangles(mesh),
+              (std::vector<MeshTriangle>{
+                  {{0, 1, 2}}, {{0, 1, 2}}, {{0, 2, 3}}, {{0, 3, 4}}, {{0, 4, 5}}}));
+
+    // Deliberate: the line count is the old one plus the sum of (length − 1), so a line strip
+    // of length 0 shortens the existing lines by one.
+    mesh.resizeLineArray(3);
+    fill(mesh.getLineStrips(), {{}});
+    mesh.fullyPopulateLineArray();
+    EXPECT_EQ(mesh.getNumLines(), 2);
+    fill(mesh.getLineStrips(), {{}, {}, {}});
+    mesh.fullyPopulateLineArray();
+    EXPECT_EQ(mesh.getNumLines(), 0);
+
+    // Lengths that run past the points: the sequence that would read past them gives nothing.
+    CompactMesh broken;
+    fill(broken.getTriStrips(), {{20, 21, 22}, {23}});
+    broken.getTriStripLengths()[1] = 5;
+    broken.fullyPopulateTriangleArray();
+    EXPECT_EQ(triangles(broken), (std::vector<MeshTriangle>{{{20, 21, 22}}}));
+}
+
+TEST(CompactMesh, TriangleNormalsFollowTheTriangles) {
+    CompactMesh mesh;
+    EXPECT_FALSE(mesh.getFlatShaded());
+    EXPECT_TRUE(mesh.getTriNormalsComputed());
+    mesh.allocTriangleNormalArray(); // no triangles: nothing to give normals to
+    const int indices[] = {0, 1, 2, 1, 2, 3, 2, 3, 4, 3, 4, 5};
+    mesh.copyTriangles(4, indices);
+    EXPECT_EQ(mesh.getTrianglesRaw()[11], 5);
+    mesh.resizeTriangleArray(10);
+    EXPECT_EQ(mesh.getTriangleNormals(), nullptr);
+    EXPECT_FALSE(mesh.getFlatShaded());
+
+    mesh.resizeTriangleArray(4);
+    mesh.allocTriangleNormalArray();
+    EXPECT_TRUE(mesh.getFlatShaded());
+    mesh.getTriangleNormals()[3].set(0, 0, 1);
+    mesh.resizeTriangleArray(10);
+    EXPECT_EQ(mesh.getTriangleNormalsRaw()[11], 1.0f);
+    EXPECT_EQ(mesh.getTriangles()[3], (MeshTriangle{{3, 4, 5}}));
+    mesh.setFlatShaded(false);
+    EXPECT_FALSE(mesh.getFlatShaded());
+
+    mesh.resizeTriangleArray(0);
+    mesh.copyTriangles(1, indices);
+    EXPECT_EQ(mesh.getTriangleNormals(), nullptr);
+}
+
+TEST(CompactMesh, DataQueriesAndSequenceStarts) {
+    CompactMesh polygons;
+    polygons.resizePolyArrays(12, 3);
+    EXPECT_TRUE(polygons.hasSurfaceData());
+    EXPECT_FALSE(polygons.hasCurveData());
+    CompactMesh segments;
+    segments.resizeLineArray(1);
+    EXPECT_TRUE(segments.hasCurveData());
+    EXPECT_FALSE(segments.hasSurfaceData());
+
+    std::copy_n(std::vector<int>{3, 4, 5}.begin(), 3, polygons.getPolyLengths());
+    EXPECT_EQ(polygons.getPolyStarts()[2], polygons.getPolyPoints() + 7);
+    // The same counts leave the cache alone; other counts empty it before it is rebuilt.
+    polygons.resizePolyArrays(12, 3);
+    EXPECT_EQ(polygons.getPolys().numStarts(), 3);
+    polygons.resizePolyArrays(20, 2);
+    EXPECT_EQ(polygons.getPolys().numStarts(), 0);
+    polygons.getPolyLengths()[0] = 10;
+    EXPECT_EQ(polygons.getPolyStarts()[1], polygons.getPolyPoints() + 10);
+    polygons.deletePolys();
+    EXPECT_EQ(polygons.getPolyStarts(), nullptr);
+}
+
+TEST(CompactMesh, SizeInBytesByHand) {
+    CompactMesh mesh;
+    fillVertices(mesh, std::vector<MeshVertex>(10, MeshVertex{1, 2, 3}));
+    mesh.resizeTriangleArray(4);
+    mesh.allocTriangleNormalArray();
+    mesh.getSelectedTriangles().resize(40);
+    fill(mesh.getTriStrips(), {{0, 1, 2}, {1, 2, 3}});
+    mesh.getTriStripStarts();
+    mesh.resizeLineStripArrays(5, 1);
+    // The point mesh (160, a 20-byte selection, 30 floats and 88 for the vertices), 520,
+    // 12 per triangle and triangle normal, a two-word selection, 6 + 2 + 2 × 2 strip integers
+    // and 5 + 1 line strip integers.
+    const int expected = 160 + 20 + 120 + 88 + 520 + 12 * 8 + 24 + 4 * 12 + 4 * 6;
+    EXPECT_EQ(mesh.getSizeInBytes(), expected);
+    // Deliberate: lines are not part of the estimate.
+    mesh.resizeLineArray(1000);
+    EXPECT_EQ(mesh.getSizeInBytes(), expected);
+}
+
+TEST(CompactMesh, ModifiedDropsDerivedDataBeforeListenersHear) {
+    CompactMesh mesh;
+    fillVertices(mesh, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}});
+    mesh.resizeTriangleArray(2);
+    fill(mesh.getTriStrips(), {{0, 1, 2, 3}});
+    fill(mesh.getTriFans(), {{0, 1, 2}});
+    fill(mesh.getLineStrips(), {{0, 1}, {2, 3}});
+    fill(mesh.getPolys(), {{0, 1, 3, 2}});
+    const auto prepare = [&mesh] {
+        mesh.allocTriangleNormalArray();
+        mesh.getLineStripStarts();
+        mesh.getPolyStarts();
+    };
+    // What a listener finds in the mesh while it is called.
+    const auto snapshot = [](const PointMesh& seen, const EntityModification&) {
+        const auto& m = static_cast<const CompactMesh&>(seen);
+        return "normals " + std::to_string(m.getTriangleNormals() != nullptr) + " strips " +
+               std::to_string(m.getNumTriStrips()) + " fans " + std::to_string(m.getNumTriFans()) +
+               " line strips " + std::to_string(m.getNumLineStrips()) + " starts " +
+               std::to_string(m.getLineStrips().numStarts()) +
+               std::to_string(m.getPolys().numStarts());
+    };
+    NoticeRecorder listener(mesh, snapshot);
+
+    prepare();
+    MeshModification topology(&mesh, Type::TopologyModified, nullptr);
+    topology.lineStripsValid();
+    mesh.modified(topology);
+    prepare();
+    MeshModification keepNormals(&mesh, Type::TopologyModified, nullptr);
+    keepNormals.triangleNormalsValid();
+    mesh.modified(keepNormals);
+    prepare();
+    MeshModification moved(&mesh, Type::Transformed, nullptr);
+    mesh.modified(moved);
+    prepare();
+    MeshModification movedKeepingNormals(&mesh, Type::Transformed, nullptr);
+    movedKeepingNormals.triangleNormalsValid();
+    mesh.modified(movedKeepingNormals);
+
+    ASSERT_EQ(listener.seen.size(), 4u);
+    EXPECT_EQ(listener.seen[0].snapshot, "normals 0 strips 0 fans 0 line strips 2 starts 00");
+    EXPECT_EQ(listener.seen[1].snapshot, "normals 1 strips 0 fans 0 line strips 0 starts 00");
+    EXPECT_EQ(listener.seen[2].snapshot, "normals 0 strips 0 fans 0 line strips 0 starts 01");
+    EXPECT_EQ(listener.seen[3].snapshot, "normals 1 strips 0 fans 0 line strips 0 starts 01");
+}
+
+TEST(CompactMesh, SwapExchangesOnlyMeshesWithoutAllocators) {
+    CompactMesh a;
+    a.resizeTriangleArray(3);
+    a.resizeTriStripArrays(4, 1);
+    a.getTriStrips().auxiliary().setCount(2);
+    a.setDrawFlags(5);
+    CompactMesh b;
+    b.resizeLineArray(2);
+    const MeshTriangle* aTriangles = a.getTriangles();
+    a.swap(b);
+    EXPECT_EQ(b.getTriangles(), aTriangles);
+    EXPECT_EQ(a.getNumLines(), 2);
+    EXPECT_EQ(b.getNumTriStripPoints(), 4);
+    EXPECT_EQ(a.getTriStrips().auxiliary().count(), 2); // the auxiliary cache stays
+    EXPECT_EQ(b.getDrawFlags(), 5);
+
+    // Deliberate: with an allocator on either side, swap does nothing and says nothing.
+    CompactMesh keyed(ko::Reference<ArrayAllocator>(new RecordingAllocator));
+    keyed.resizeTriangleArray(7);
+    for (int direction = 0; direction < 2; ++direction) {
+        direction == 0 ? keyed.swap(b) : b.swap(keyed);
+        EXPECT_EQ(keyed.getNumTriangles(), 7);
+        EXPECT_EQ(b.getTriangles(), aTriangles);
+        EXPECT_EQ(b.getDrawFlags(), 5);
+    }
+}
+
+TEST(CompactMesh, AssignmentKeepsEachArraysOwnAllocator) {
+    CompactMesh source;
+    fillVertices(source, {{1, 1, 1}, {2, 2, 2}, {3, 3, 3}});
+    const int indices[] = {0, 1, 2, 2, 1, 0};
+    source.copyTriangles(2, indices);
+    source.allocTriangleNormalArray();
+    source.resizeLineArray(1);
+    source.getLines()[0].set(0, 2);
+    fill(source.getTriStrips(), {{0, 1, 2}});
+    source.getSelectedTriangles().resize(2);
+    int renderer = 0;
+    source.setRenderInfo(&renderer);
+    source.setDrawFlags(3);
+    source.setTriNormalsComputed(false);
+
+    ko::Reference<RecordingAllocator> allocator(new RecordingAllocator);
+    CompactMesh target(allocator);
+    NoticeRecorder heard(target);
+    target = source;
+    EXPECT_TRUE(heard.seen.empty());
+    EXPECT_EQ(triangles(target), triangles(source));
+    EXPECT_EQ(target.getLines()[0], (MeshLine{{0, 2}}));
+    EXPECT_EQ(target.getRenderInfo(), &renderer);
+    EXPECT_EQ(target.getDrawFlags(), 3);
+    EXPECT_FALSE(target.getTriNormalsComputed());
+    EXPECT_EQ(target.getSelectedTriangles().size(), 2);
+    // The primitive arrays are in the target's allocator, under their own keys: two
+    // triangles, two normals and one line, each with two guards.
+    EXPECT_EQ(allocator->get(allocator->requests[0].key),
+              static_cast<const void*>(target.getTriangles() - 1));
+    std::vector<std::size_t> bytes;
+    for (const RecordingAllocator::Request& request : allocator->requests) {
+        if (request.operation == RecordingAllocator::Operation::Resize) {
+            bytes.push_back(request.bytes);
+        }
+    }
+    EXPECT_EQ(bytes, (std::vector<std::size_t>{4 * 12, 3 * 8, 4 * 12}));
+    // The sequences end on the heap, as sequence assignment leaves them.
+    EXPECT_FALSE(target.getTriStrips().points().allocator());
+    EXPECT_EQ(target.getTriStripPoints()[2], 2);
+
+    // A target on the heap is left as it was when any copy fails.
+    CompactMesh heapTarget;
+    heapTarget.resizeTriangleArray(5);
+    heapTarget.resizeLineArray(4);
+    const MeshTriangle* kept = heapTarget.getTriangles();
+    for (std::size_t allowed = 0;; ++allowed) {
+        bool failed = false;
+        {
+            heapProbe::FailureScope scope(allowed);
+            try {
+                heapTarget = source;
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            }
+        }
+        if (!failed) {
+            break;
+        }
+        SCOPED_TRACE(allowed);
+        ASSERT_EQ(heapTarget.getTriangles(), kept);
+        EXPECT_EQ(heapTarget.getNumLines(), 4);
+        EXPECT_EQ(heapTarget.getNumTriStrips(), 0);
+    }
+    EXPECT_EQ(triangles(heapTarget), triangles(source));
+}
+
+TEST(CompactMesh, SetArrayAllocatorMovesTheArraysInOrder) {
+    CompactMesh mesh;
+    fillVertices(mesh, {{0, 0, 0}});
+    mesh.resizeTriangleArray(3);
+    mesh.allocTriangleNormalArray();
+    mesh.resizeLineArray(2);
+    mesh.resizeTriStripArrays(3, 1);
+    mesh.resizePolyArrays(5, 2);
+    ko::Reference<RecordingAllocator> allocator(new RecordingAllocator);
+    mesh.setArrayAllocator(allocator);
+    // Each array with contents is copied into the allocator, guards included: the vertices,
+    // then the triangles, lines, triangle normals, strip points and lengths, polygon points
+    // and lengths.
+    std::vector<std::size_t> bytes;
+    for (const RecordingAllocator::Request& request : allocator->requests) {
+        bytes.push_back(request.bytes);
+    }
+    EXPECT_EQ(bytes, (std::vector<std::size_t>{20, 60, 32, 60, 20, 12, 28, 16}));
+}
+
+} // namespace
+} // namespace koGeom

@@ -1,0 +1,60 @@
+#include "geom/mesh/MoveableMesh.h"
+
+#include <gtest/gtest.h>
+
+#include "geom/mesh/MoveableArrayAllocator.h"
+#include "tessar/core/Reference.h"
+#include "tessar/os/MoveableAllocator.h"
+#include "tests/support/RecordingAllocator.h"
+
+namespace koGeom {
+namespace {
+
+TEST(MoveableMesh, HandlesMapTheArraysAndTheFirstToGoUnmapsThem) {
+    koOS::MoveableAllocator chunks;
+    ASSERT_TRUE(chunks.isValid());
+    ko::Reference<MoveableArrayAllocator> allocator(new MoveableArrayAllocator(chunks));
+    CompactMesh mesh(allocator);
+    const int indices[] = {0, 1, 2, 2, 1, 3};
+    mesh.copyTriangles(2, indices);
+    allocator->unmap();
+    ASSERT_EQ(mesh.getTriangles(), nullptr);
+
+    ko::Reference<MoveableMesh> first(new MoveableMesh(mesh));
+    EXPECT_EQ(&first->get(), &mesh);
+    ASSERT_TRUE(allocator->isMapped());
+    EXPECT_EQ(mesh.getTriangles()[1], (MeshTriangle{{2, 1, 3}}));
+    ko::Reference<MoveableMesh> second(new MoveableMesh(mesh));
+
+    // Deliberate: handles keep no count, so the first one destroyed unmaps for both.
+    first.reset();
+    EXPECT_FALSE(allocator->isMapped());
+    EXPECT_EQ(second->get().getTriangles(), nullptr);
+    second.reset();
+    EXPECT_FALSE(allocator->isMapped());
+
+    // Mapped before the handle or not, the allocator ends unmapped.
+    allocator->map();
+    ko::Reference<MoveableMesh>(new MoveableMesh(mesh)).reset();
+    EXPECT_FALSE(allocator->isMapped());
+    allocator->map();
+    EXPECT_EQ(mesh.getTriangles()[0], (MeshTriangle{{0, 1, 2}}));
+}
+
+TEST(MoveableMesh, OtherAllocatorsAreLeftAlone) {
+    ko::Reference<koGeomTest::RecordingAllocator> recorder(new koGeomTest::RecordingAllocator);
+    CompactMesh keyed(recorder);
+    keyed.resizeTriangleArray(1);
+    const MeshTriangle* triangles = keyed.getTriangles();
+    const std::size_t requests = recorder->requests.size();
+    ko::Reference<MoveableMesh>(new MoveableMesh(keyed)).reset();
+    EXPECT_EQ(keyed.getTriangles(), triangles);
+    EXPECT_EQ(recorder->requests.size(), requests);
+
+    CompactMesh plain;
+    ko::Reference<MoveableMesh> handle(new MoveableMesh(plain));
+    EXPECT_EQ(&handle->get(), &plain);
+}
+
+} // namespace
+} // namespace koGeom
