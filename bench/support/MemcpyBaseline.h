@@ -19,8 +19,7 @@ void reportAgainstMemcpy(benchmark::State& state, std::size_t bytes, double seco
 /// The loop of a benchmark registered with `UseManualTime()`: each iteration runs `prepare()`
 /// untimed, then times `work()`, which processes `bytes`; reports against memcpy after.
 template <class Prepare, class Work>
-void runAgainstMemcpy(benchmark::State& state, std::size_t bytes, Prepare&& prepare,
-                      Work&& work) {
+void runAgainstMemcpy(benchmark::State& state, std::size_t bytes, Prepare&& prepare, Work&& work) {
     double total = 0.0;
     for (auto _ : state) {
         prepare();
