@@ -19,9 +19,4 @@ FORMWORK_EXPORT void decrementActiveEntities();
 
 /// @}
 
-namespace detail {
-/// Raises the count by one; called by `Entity`'s constructor only.
-FORMWORK_EXPORT void incrementActiveEntities();
-} // namespace detail
-
 } // namespace koGeom
