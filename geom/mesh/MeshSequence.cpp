@@ -45,7 +45,11 @@ void MeshSequence::swap(MeshSequence& other) noexcept {
 }
 
 void MeshSequence::setArrayAllocator(const ko::Reference<ArrayAllocator>& allocator) {
-    invalidate();
+    // Moving the points leaves their cached starts pointing into the released block, so they
+    // are dropped (they rebuild on demand); a heap sequence given no allocator moves nothing.
+    if (points_.allocator() || allocator) {
+        starts_.setCount(0);
+    }
     points_.setAllocator(allocator);
     lengths_.setAllocator(allocator);
     starts_.setAllocator(allocator);

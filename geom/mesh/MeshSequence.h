@@ -57,9 +57,9 @@ public:
     /// telling any allocator (see `Array::swap`).
     void swap(MeshSequence& other) noexcept;
 
-    /// Gives `allocator` (null for the heap) to all four arrays after emptying both caches: the
-    /// points move, so their starts would be stale. The arrays are to be empty (see
-    /// `Array::setAllocator`).
+    /// Gives `allocator` (null for the heap) to all four arrays. When the points move, their
+    /// cached starts are dropped first, since they would point into the released block. The
+    /// arrays are to be empty (see `Array::setAllocator`).
     void setArrayAllocator(const ko::Reference<ArrayAllocator>& allocator);
     /// @}
 

@@ -112,6 +112,15 @@ TEST(CompactMesh, TriangleNormalsFollowTheTriangles) {
     mesh.resizeTriangleArray(4);
     mesh.allocTriangleNormalArray();
     EXPECT_TRUE(mesh.getFlatShaded());
+    // Once chosen, the shading no longer follows the triangle normals.
+    CompactMesh chosen;
+    chosen.copyTriangles(4, indices);
+    chosen.allocTriangleNormalArray();
+    chosen.setFlatShaded(false);
+    EXPECT_FALSE(chosen.getFlatShaded());
+    chosen.deleteTriangleNormals();
+    chosen.setFlatShaded(true);
+    EXPECT_TRUE(chosen.getFlatShaded());
     mesh.getTriangleNormals()[3].set(0, 0, 1);
     mesh.resizeTriangleArray(10);
     EXPECT_EQ(mesh.getTriangleNormalsRaw()[11], 1.0f);
@@ -138,6 +147,15 @@ TEST(CompactMesh, DataQueriesAndSequenceStarts) {
     EXPECT_EQ(polygons.getPolys().numStarts(), 0);
     polygons.getPolyLengths()[0] = 10;
     EXPECT_EQ(polygons.getPolyStarts()[1], polygons.getPolyPoints() + 10);
+
+    // Clearing the selection empties both bit sets, not just their bits.
+    segments.resizeVertexArray(5);
+    segments.getSelectedVertices().resize(5);
+    segments.getSelectedVertices().setBit(4);
+    segments.getSelectedTriangles().resize(3);
+    segments.clearSelection();
+    EXPECT_EQ(segments.getSelectedVertices().size(), 0);
+    EXPECT_EQ(segments.getSelectedTriangles().size(), 0);
 }
 
 TEST(CompactMesh, SizeInBytesByHand) {

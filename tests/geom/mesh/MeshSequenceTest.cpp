@@ -54,6 +54,13 @@ TEST(MeshSequence, StartsFollowTheRunningSumOfLengths) {
         }
     }
 
+    // Nothing moves between the heap and no allocator: the caches stay.
+    sequence.auxiliary().setCount(2);
+    const int startsBefore = sequence.numStarts();
+    sequence.setArrayAllocator(nullptr);
+    EXPECT_EQ(sequence.numStarts(), startsBefore);
+    EXPECT_EQ(sequence.auxiliary().count(), 2);
+
     // Moving the points to another allocator drops the starts into the old block.
     ko::Reference<RecordingAllocator> recorder(new RecordingAllocator);
     MeshSequence keyed(recorder);

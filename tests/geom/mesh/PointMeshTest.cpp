@@ -90,6 +90,13 @@ TEST(PointMesh, ChannelCreationRules) {
     EXPECT_EQ(channelNames(mesh), "vertices,weights,Normals,sts,uvs");
     EXPECT_EQ(mesh.getNormals(), nullptr);
     EXPECT_EQ(mesh.getSTsAttr(), sts);
+
+    // Names are added to what the caller's set already holds.
+    ko::set<koString::CString> names{"kept"};
+    mesh.getAttributeNames(names);
+    EXPECT_TRUE(names.count("kept") == 1 && names.count("vertices") == 1 &&
+                names.count("Normals") == 1 && names.count("normals") == 0);
+    EXPECT_EQ(names.size(), static_cast<std::size_t>(mesh.getNumAttributes()) + 1);
 }
 
 TEST(PointMesh, ResizingKeepsRangesUntilANoticeSaysOtherwise) {
