@@ -230,6 +230,11 @@ TEST(CompactMesh, SwapExchangesOnlyMeshesWithoutAllocators) {
     a.resizeTriStripArrays(4, 1);
     a.getTriStrips().auxiliary().setCount(2);
     a.setDrawFlags(5);
+    a.allocTriangleNormalArray();
+    a.getSelectedTriangles().resize(3);
+    a.setRenderInfo(&a);
+    a.setFlatShaded(false);
+    a.setTriNormalsComputed(false);
     CompactMesh b;
     b.resizeLineArray(2);
     const MeshTriangle* aTriangles = a.getTriangles();
@@ -238,6 +243,13 @@ TEST(CompactMesh, SwapExchangesOnlyMeshesWithoutAllocators) {
     EXPECT_EQ(b.getNumTriStripPoints(), 4);
     EXPECT_EQ(a.getTriStrips().auxiliary().count(), 2); // the auxiliary cache stays
     EXPECT_EQ(b.getDrawFlags(), 5);
+    EXPECT_NE(b.getTriangleNormals(), nullptr);
+    EXPECT_EQ(b.getSelectedTriangles().size(), 3);
+    EXPECT_EQ(b.getRenderInfo(), &a);
+    EXPECT_FALSE(b.getFlatShaded()); // chosen, although b has triangle normals now
+    EXPECT_FALSE(b.getTriNormalsComputed());
+    EXPECT_EQ(a.getNumLines(), 2);
+    EXPECT_TRUE(a.getTriNormalsComputed());
 
     // Deliberate: with an allocator on either side, swap does nothing and says nothing.
     CompactMesh keyed(ko::Reference<ArrayAllocator>(new RecordingAllocator));
@@ -263,6 +275,9 @@ TEST(CompactMesh, AssignmentKeepsEachArraysOwnAllocator) {
     source.setRenderInfo(&renderer);
     source.setDrawFlags(3);
     source.setTriNormalsComputed(false);
+    source.setFlatShaded(false);
+    source.getSelectedTriangles().resize(2);
+    source.getSelectedTriangles().setBit(1);
 
     ko::Reference<RecordingAllocator> allocator(new RecordingAllocator);
     CompactMesh target(allocator);
@@ -274,6 +289,9 @@ TEST(CompactMesh, AssignmentKeepsEachArraysOwnAllocator) {
     EXPECT_EQ(target.getRenderInfo(), &renderer);
     EXPECT_EQ(target.getDrawFlags(), 3);
     EXPECT_FALSE(target.getTriNormalsComputed());
+    EXPECT_FALSE(target.getFlatShaded()); // the choice travels, not just the normals
+    EXPECT_EQ(target.getSelectedTriangles().numSet(), 1);
+    EXPECT_NE(target.getSelectedTriangles().isBitSet(1), 0u);
     // The primitive arrays are in the target's allocator, under their own keys: two
     // triangles, two normals and one line, each with two guards.
     EXPECT_EQ(allocator->get(allocator->requests[0].key),
