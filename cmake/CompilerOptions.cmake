@@ -29,3 +29,17 @@ function(formwork_target_files target)
         PRIVATE ${arg_SOURCES}
         PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
 endfunction()
+
+# Makes one of the project's libraries: the target, its Formwork:: alias, the project's
+# options, and a generated export header (`<export_header>`, relative to the generated include
+# root) that marks the public surface of a shared build.
+function(formwork_add_library target export_header)
+    add_library(${target})
+    add_library(Formwork::${target} ALIAS ${target})
+    formwork_use_options(${target})
+    set(header ${FORMWORK_GENERATED_INCLUDE_DIR}/${export_header})
+    generate_export_header(${target} BASE_NAME ${target} EXPORT_FILE_NAME ${header})
+    target_sources(${target} PUBLIC FILE_SET generated_headers TYPE HEADERS
+        BASE_DIRS ${FORMWORK_GENERATED_INCLUDE_DIR}
+        FILES ${header})
+endfunction()
