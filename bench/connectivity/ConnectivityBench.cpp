@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "bench/support/MemcpyBaseline.h"
-#include "geom/connectivity/ArrayOfSets.h"
-#include "geom/connectivity/BitVector.h"
-#include "geom/connectivity/Remap.h"
+#include "geom/storage/ArrayOfSets.h"
+#include "geom/storage/BitVector.h"
+#include "geom/storage/Remap.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "bench/support/MemcpyBaseline.h"
-#include "geom/connectivity/MeshModification.h"
 #include "geom/mesh/CompactMesh.h"
+#include "geom/mesh/MeshModification.h"
 #include "geom/spatial/BoundingBox.h"
 
 namespace {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "geom/FormworkExport.h"
-#include "geom/connectivity/ArrayOfSets.h"
 #include "geom/connectivity/TriangleSetTable.h"
+#include "geom/storage/ArrayOfSets.h"
 
 namespace koGeom {
 

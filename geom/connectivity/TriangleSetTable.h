@@ -5,7 +5,7 @@
 
 #include "tessar/core/ReferenceCount.h"
 
-#include "geom/connectivity/ArrayOfSets.h"
+#include "geom/storage/ArrayOfSets.h"
 
 namespace koGeom {
 

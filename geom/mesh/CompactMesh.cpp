@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-#include "geom/connectivity/MeshModification.h"
+#include "geom/mesh/MeshModification.h"
 
 namespace koGeom {
 

@@ -3,13 +3,13 @@
 #include "tessar/core/Reference.h"
 
 #include "geom/FormworkExport.h"
-#include "geom/connectivity/BitVector.h"
-#include "geom/mesh/Array.h"
-#include "geom/mesh/ArrayAllocator.h"
 #include "geom/mesh/MeshIndexRecords.h"
 #include "geom/mesh/MeshRecords.h"
 #include "geom/mesh/MeshSequence.h"
 #include "geom/mesh/PointMesh.h"
+#include "geom/storage/Array.h"
+#include "geom/storage/ArrayAllocator.h"
+#include "geom/storage/BitVector.h"
 
 namespace koGeom {
 

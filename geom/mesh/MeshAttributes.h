@@ -7,9 +7,9 @@
 #include "tessar/string/CString.h"
 
 #include "geom/FormworkExport.h"
-#include "geom/mesh/Array.h"
-#include "geom/mesh/ArrayAllocator.h"
 #include "geom/mesh/MeshRecords.h"
+#include "geom/storage/Array.h"
+#include "geom/storage/ArrayAllocator.h"
 
 namespace koGeomTest {
 struct MeshAttributesAccess;

@@ -3,8 +3,8 @@
 #include "tessar/core/Reference.h"
 
 #include "geom/FormworkExport.h"
-#include "geom/mesh/Array.h"
-#include "geom/mesh/ArrayAllocator.h"
+#include "geom/storage/Array.h"
+#include "geom/storage/ArrayAllocator.h"
 
 namespace koGeom {
 

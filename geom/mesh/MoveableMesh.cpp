@@ -1,6 +1,6 @@
 #include "geom/mesh/MoveableMesh.h"
 
-#include "geom/mesh/MoveableArrayAllocator.h"
+#include "geom/storage/MoveableArrayAllocator.h"
 
 namespace koGeom {
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <utility>
 
-#include "geom/connectivity/MeshModification.h"
 #include "geom/mesh/MeshChannel.h"
+#include "geom/mesh/MeshModification.h"
 #include "geom/spatial/BoundingBox.h"
 
 namespace koGeom {

@@ -9,11 +9,11 @@
 #include "tessar/string/CString.h"
 
 #include "geom/FormworkExport.h"
-#include "geom/connectivity/BitVector.h"
 #include "geom/entity/Entity.h"
-#include "geom/mesh/ArrayAllocator.h"
 #include "geom/mesh/MeshAttributes.h"
 #include "geom/mesh/MeshRecords.h"
+#include "geom/storage/ArrayAllocator.h"
+#include "geom/storage/BitVector.h"
 
 namespace koGeom {
 

@@ -6,8 +6,8 @@
 #include "tessar/core/Reference.h"
 #include "tessar/string/CString.h"
 
-#include "geom/mesh/ArrayAllocator.h"
 #include "geom/mesh/MeshAttributes.h"
+#include "geom/storage/ArrayAllocator.h"
 
 namespace koGeomTest {
 

@@ -4,7 +4,7 @@
 #include <map>
 #include <vector>
 
-#include "geom/mesh/ArrayAllocator.h"
+#include "geom/storage/ArrayAllocator.h"
 
 namespace koGeomTest {
 

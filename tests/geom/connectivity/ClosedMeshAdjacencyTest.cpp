@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "geom/connectivity/ArrayOfSets.h"
 #include "geom/connectivity/MeshAdjTris.h"
 #include "geom/mesh/CompactMesh.h"
+#include "geom/storage/ArrayOfSets.h"
 #include "tests/support/MeshShapes.h"
 
 namespace koGeom {

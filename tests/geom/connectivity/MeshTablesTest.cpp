@@ -1,8 +1,8 @@
 #include "geom/connectivity/MeshAdjTris.h"
 #include "geom/connectivity/MeshAdjVertices.h"
 #include "geom/connectivity/MeshBoundaries.h"
-#include "geom/connectivity/MeshSubset.h"
 #include "geom/connectivity/MeshTriAdjTris.h"
+#include "geom/mesh/MeshSubset.h"
 
 #include <gtest/gtest.h>
 

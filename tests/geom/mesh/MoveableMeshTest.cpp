@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "geom/mesh/MoveableArrayAllocator.h"
+#include "geom/storage/MoveableArrayAllocator.h"
 #include "tessar/core/Reference.h"
 #include "tessar/os/MoveableAllocator.h"
 #include "tests/support/RecordingAllocator.h"

@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "geom/connectivity/MeshModification.h"
 #include "geom/entity/Entity.h"
 #include "geom/mesh/CompactMesh.h"
-#include "geom/mesh/MoveableArrayAllocator.h"
+#include "geom/mesh/MeshModification.h"
 #include "geom/mesh/MoveableMesh.h"
 #include "geom/spatial/BoundingBox.h"
+#include "geom/storage/MoveableArrayAllocator.h"
 #include "tessar/os/MoveableAllocator.h"
 #include "tests/support/MeshBuilders.h"
 #include "tests/support/MeshShapes.h"

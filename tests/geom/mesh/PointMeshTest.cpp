@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "geom/connectivity/MeshModification.h"
+#include "geom/mesh/MeshModification.h"
 #include "geom/spatial/BoundingBox.h"
 #include "tests/support/HeapProbe.h"
 #include "tests/support/MeshBuilders.h"

@@ -1,4 +1,4 @@
-#include "geom/connectivity/BitVector.h"
+#include "geom/storage/BitVector.h"
 
 #include <algorithm>
 #include <cstring>

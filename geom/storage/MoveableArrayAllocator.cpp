@@ -1,4 +1,4 @@
-#include "geom/mesh/MoveableArrayAllocator.h"
+#include "geom/storage/MoveableArrayAllocator.h"
 
 #include <algorithm>
 #include <cstring>

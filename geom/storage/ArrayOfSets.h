@@ -1,7 +1,7 @@
 #pragma once
 
 #include "geom/FormworkExport.h"
-#include "geom/mesh/Array.h"
+#include "geom/storage/Array.h"
 
 namespace koGeom {
 

@@ -1,4 +1,4 @@
-#include "geom/connectivity/MeshModification.h"
+#include "geom/mesh/MeshModification.h"
 
 #include <gtest/gtest.h>
 

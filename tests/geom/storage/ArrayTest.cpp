@@ -1,4 +1,4 @@
-#include "geom/mesh/Array.h"
+#include "geom/storage/Array.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "geom/connectivity/ArrayOfSets.h"
+#include "geom/storage/ArrayOfSets.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,9 +1,9 @@
-#include "geom/mesh/MoveableArrayAllocator.h"
+#include "geom/storage/MoveableArrayAllocator.h"
 
 #include <gtest/gtest.h>
 
-#include "geom/mesh/Array.h"
 #include "geom/mesh/MeshIndexRecords.h"
+#include "geom/storage/Array.h"
 #include "tessar/os/MoveableAllocator.h"
 
 namespace koGeom {

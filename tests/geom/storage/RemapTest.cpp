@@ -1,4 +1,4 @@
-#include "geom/connectivity/Remap.h"
+#include "geom/storage/Remap.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "geom/connectivity/BitVector.h"
+#include "geom/storage/BitVector.h"
 #include "tests/support/HeapProbe.h"
 
 namespace koGeom {

@@ -1,4 +1,4 @@
-#include "geom/mesh/ArrayAllocator.h"
+#include "geom/storage/ArrayAllocator.h"
 
 namespace koGeom {
 

@@ -1,10 +1,10 @@
-#include "geom/connectivity/Remap.h"
+#include "geom/storage/Remap.h"
 
 #include <algorithm>
 #include <bit>
 #include <numeric>
 
-#include "geom/connectivity/BitVector.h"
+#include "geom/storage/BitVector.h"
 
 namespace koGeom {
 

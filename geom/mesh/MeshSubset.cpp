@@ -1,4 +1,4 @@
-#include "geom/connectivity/MeshSubset.h"
+#include "geom/mesh/MeshSubset.h"
 
 #include <algorithm>
 #include <new>

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "geom/FormworkExport.h"
-#include "geom/mesh/ArrayAllocator.h"
+#include "geom/storage/ArrayAllocator.h"
 #include "tessar/core/Containers.h"
 #include "tessar/os/MoveableAllocator.h"
 #include "tessar/os/MoveableChunk.h"

@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "geom/mesh/ArrayAllocator.h"
+#include "geom/storage/ArrayAllocator.h"
 #include "tessar/core/Reference.h"
 
 namespace koGeom {

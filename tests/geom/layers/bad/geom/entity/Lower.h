@@ -1,0 +1,3 @@
+#pragma once
+// A lower layer reaching up: the layering check must refuse this tree.
+#include "geom/mesh/Upper.h"
