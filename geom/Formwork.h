@@ -9,6 +9,7 @@
 #include "geom/connectivity/MeshArrangement.h"
 #include "geom/connectivity/MeshBoundaries.h"
 #include "geom/connectivity/MeshTriAdjTris.h"
+#include "geom/curve/MeshCoordBase.h"
 #include "geom/entity/ActiveEntities.h"
 #include "geom/entity/Entity.h"
 #include "geom/entity/EntityModification.h"
