@@ -59,10 +59,13 @@ public:
     bool setFromPointBase(const koLinear::Point& p0, const koLinear::Point& p1,
                           const koLinear::Point& p2, const koLinear::Point& x) noexcept;
 
-    /// Sets the weights of the point of the triangle (its inside or its boundary) nearest to
-    /// `x`: `x` is projected onto the triangle's plane and, when it falls outside, moved to the
-    /// nearest corner or to the nearest point of the nearest edge. Returns false and makes the
-    /// coordinate invalid when the triangle is degenerate.
+    /// Sets the weights of a point of the triangle (its inside or its boundary) near `x`: `x`
+    /// is projected onto the triangle's plane and, when it falls outside, moved by the signs of
+    /// its weights (a zero weight counting as outside): with two weights out, to the corner in
+    /// whose wedge it lies; with one out, to the nearest point of the edge it lies beyond. That
+    /// is the nearest point of the triangle except beyond an obtuse corner, where a point of
+    /// the corner's wedge that is nearer an edge still goes to the corner. Returns false and
+    /// makes the coordinate invalid when the triangle is degenerate.
     bool projectBase(const koLinear::Point& p0, const koLinear::Point& p1,
                      const koLinear::Point& p2, const koLinear::Point& x) noexcept;
 

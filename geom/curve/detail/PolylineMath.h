@@ -58,17 +58,16 @@ int vertexCount(const ko::vector<Vertex>& vertices) noexcept {
 }
 
 // Binary search for the span i with t[i] ≤ t < t[i+1]; 0 when none is found. Callers keep t
-// strictly inside the domain. With parameters that do not increase the search may end on the
-// last vertex, which has no span after it: that probe fails instead of reading past the end.
+// strictly inside the domain (t[0] < t < t[n-1]), so a probe at the last vertex fails its
+// first comparison before it could look past the end.
 template <class Vertex>
 int lowerBound(const ko::vector<Vertex>& vertices, double t) noexcept {
-    const int n = vertexCount(vertices);
     int lo = 0;
-    int hi = n - 1;
+    int hi = vertexCount(vertices) - 1;
     while (lo <= hi) {
         const int mid = (lo + hi) / 2;
         const double start = vertices[mid].param;
-        if (t >= start && mid + 1 < n && t < vertices[mid + 1].param) {
+        if (t >= start && t < vertices[mid + 1].param) {
             return mid;
         }
         if (t > start) {
