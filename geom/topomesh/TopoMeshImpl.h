@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tessar/core/Containers.h"
+#include "tessar/core/Reference.h"
 #include "tessar/linear/Point.h"
 
 #include "geom/FormworkExport.h"
@@ -7,6 +9,7 @@
 #include "geom/topomesh/TopoMeshEntity.h"
 #include "geom/topomesh/TopoMeshHandles.h"
 #include "geom/topomesh/TopoMeshHeader.h"
+#include "geom/topomesh/TopoMeshState.h"
 #include "geom/topomesh/TopoMeshTypedefs.h"
 
 namespace koGeom {
@@ -100,6 +103,15 @@ public:
     void freeVertexRecord(TopoMeshVertex vertex);
     void freeEdgeRecord(TopoMeshEdge edge);
     void freeFaceRecord(TopoMeshFace face);
+    /// @}
+
+    /// \name Transactions
+    /// See `TopoMesh`, which forwards here.
+    /// @{
+    void enableTransactions();
+    ko::Reference<TopoMeshState> createState();
+    void setState(const ko::Reference<TopoMeshState>& state);
+    int getChanges(ko::unordered_map<TopoMeshEntity, BulletinType>& changes) const;
     /// @}
 
 private:
