@@ -23,15 +23,12 @@ using koLinear::Point;
 using Bulletin = TopoMeshTypedefs::BulletinType;
 using StateRef = ko::Reference<TopoMeshState>;
 
-const detail::TopoMeshImplAlloc& pools(const TopoMesh& mesh) {
-    return dynamic_cast<const detail::TopoMeshImplAlloc&>(*mesh.getImpl()->allocator());
-}
-
 // Vertex, edge and face records out of the pools: live ones, copies, and records kept for
 // saved states.
 std::vector<std::size_t> recordsOut(const TopoMesh& mesh) {
-    return {pools(mesh).vertexPool().numAllocated(), pools(mesh).edgePool().numAllocated(),
-            pools(mesh).facePool().numAllocated()};
+    const auto& pools = dynamic_cast<detail::TopoMeshImplAlloc&>(*mesh.getImpl()->allocator());
+    return {pools.vertexPool().numAllocated(), pools.edgePool().numAllocated(),
+            pools.facePool().numAllocated()};
 }
 
 std::vector<std::size_t> liveRecords(const TopoMesh& mesh) {
