@@ -1,0 +1,313 @@
+#include "geom/spatial/Octree.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <random>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "geom/entity/LibraryDebugChannel.h"
+#include "geom/spatial/OctreeLines.h"
+#include "geom/spatial/OctreeTris.h"
+#include "tessar/core/Reference.h"
+
+namespace koGeom {
+namespace {
+
+using Points = std::vector<float>;
+
+int depthLimitOf(int n) { return static_cast<int>(std::ceil(2 * std::log(n) / std::log(8.0))); }
+
+BoundingBox boundsOf(const Points& p) {
+    BoundingBox box;
+    box.setInvalid();
+    for (std::size_t i = 0; i < p.size(); i += 3) {
+        box.extend({p[i], p[i + 1], p[i + 2]});
+    }
+    return box;
+}
+
+bool withinOneStep(float a, float b) { return a == b || std::nextafter(a, b) == b; }
+
+// Checks a built tree against brute force and returns the first broken rule, empty when sound:
+// the remap is a permutation, each point reaches (by centre comparisons from the root) the leaf
+// whose range holds it, ranges keep point order, absent and empty children follow the
+// empty-cell rule, over-full leaves sit at the depth limit or hold one cluster, and the
+// counts, depth and dense leaf numbers agree with the tree's figures.
+struct Checker {
+    Checker(const Octree& t, const Points& points, int perLeaf, bool keepEmpty)
+        : tree(t), p(points), vertsPerLeaf(perLeaf), keep(keepEmpty) {}
+
+    const Octree& tree;
+    const Points& p;
+    int vertsPerLeaf;
+    bool keep;
+    std::vector<int> slotOf, leafNumSeen;
+    int nodes = 0, depth = 0, flatSplits = 0;
+    std::string error;
+
+    void fail(const std::string& what) {
+        if (error.empty()) error = what;
+    }
+    void walk(const OctreeIterator& it, int level) {
+        ++nodes;
+        depth = std::max(depth, level);
+        const BoundingBox cell = it.getBox();
+        if (it.isLeaf()) {
+            int first, end;
+            it.getVertexRange(first, end);
+            ++leafNumSeen.at(it.getLeafNum());
+            const int* remap = tree.getRemap();
+            for (int i = first + 1; i < end; ++i) {
+                if (remap[i - 1] >= remap[i]) fail("leaf range out of point order");
+            }
+            bool cluster = true;
+            for (int i = first; i < end; ++i) {
+                for (int a = 0; a < 3; ++a) {
+                    cluster &= withinOneStep(p[3 * remap[first] + a], p[3 * remap[i] + a]);
+                }
+            }
+            const bool full = end - first > vertsPerLeaf;
+            if (full && level > 1 && level != depthLimitOf(tree.numVertices()) + 1 && !cluster) {
+                fail("over-full separable leaf above the depth limit");
+            }
+            if (first == end && (!keep || level == 1)) fail("empty leaf without keepEmptyCells");
+            return;
+        }
+        const bool flat = cell.minPt().x == cell.maxPt().x || cell.minPt().y == cell.maxPt().y ||
+                          cell.minPt().z == cell.maxPt().z;
+        flatSplits += flat;
+        for (int k = 0; k < 8; ++k) {
+            OctreeIterator child = it;
+            if (child.descend(k)) {
+                int first = 0, end = 0;
+                if (flat && child.isLeaf() && (child.getVertexRange(first, end), first == end)) {
+                    fail("empty leaf in a flat cell");
+                }
+                walk(child, level + 1);
+            } else if (keep && !flat) {
+                fail("octant left out despite keepEmptyCells");
+            }
+        }
+    }
+    // Descends by centre comparisons to the leaf of point i and checks that it holds i.
+    void locate(int i) {
+        OctreeIterator it = tree.getRoot();
+        while (!it.isLeaf()) {
+            const koLinear::PointFlt c = it.getBox().center();
+            const int k =
+                (p[3 * i] >= c.x) | (p[3 * i + 1] >= c.y) << 1 | (p[3 * i + 2] >= c.z) << 2;
+            if (!it.descend(k)) return fail("a point's octant is missing");
+        }
+        int first, end;
+        it.getVertexRange(first, end);
+        if (slotOf[i] < first || slotOf[i] >= end) fail("point outside its cell's leaf");
+    }
+    std::string run() {
+        const int n = tree.numVertices();
+        slotOf.assign(n, -1);
+        for (int s = 0; s < n; ++s) {
+            const int i = tree.getRemap()[s];
+            if (i < 0 || i >= n || slotOf[i] != -1) return "remap is not a permutation";
+            slotOf[i] = s;
+        }
+        leafNumSeen.assign(tree.numLeafNodes(), 0);
+        walk(tree.getRoot(), 1);
+        for (int i = 0; i < n; ++i) locate(i);
+        if (nodes != tree.numNodes() || depth != tree.maxDepth()) fail("node count or depth");
+        if (std::count(leafNumSeen.begin(), leafNumSeen.end(), 1) != tree.numLeafNodes()) {
+            fail("leaf numbers not dense");
+        }
+        return error;
+    }
+};
+
+enum class Cloud { Uniform, EqualZ, Clusters, Outside };
+
+Points makeCloud(Cloud shape, int n, unsigned seed) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<float> u(-10.0f, 10.0f);
+    Points p(3 * n);
+    for (int i = 0; i < n; ++i) {
+        for (int a = 0; a < 3; ++a) p[3 * i + a] = u(random);
+        if (shape == Cloud::EqualZ) p[3 * i + 2] = 2.5f;
+        if (shape == Cloud::Clusters && i % 4 != 0) { // repeats, exact and one float step off
+            for (int a = 0; a < 3; ++a) p[3 * i + a] = p[3 * (i - i % 4) + a];
+            if (i % 4 == 3) p[3 * i] = std::nextafter(p[3 * i], 100.0f);
+        }
+    }
+    return p;
+}
+
+TEST(Octree, RandomCloudsMatchBruteForce) {
+    int flatSplits = 0;
+    for (Cloud shape : {Cloud::Uniform, Cloud::EqualZ, Cloud::Clusters, Cloud::Outside}) {
+        for (int n : {1, 9, 700, 5000}) {
+            for (int vertsPerLeaf : {0, 1, 8}) {
+                for (bool keep : {false, true}) {
+                    SCOPED_TRACE(testing::Message() << int(shape) << " n " << n << " vpl "
+                                                    << vertsPerLeaf << " keep " << keep);
+                    const Points p = makeCloud(shape, n, 17u + n);
+                    BoundingBox box = boundsOf(p);
+                    if (shape == Cloud::Outside) box.scale(0.5f);
+                    const Octree tree(n, p.data(), box, keep, vertsPerLeaf);
+                    Checker checker(tree, p, vertsPerLeaf, keep);
+                    EXPECT_EQ(checker.run(), "");
+                    EXPECT_EQ(tree.numBytesUsed(), int(sizeof(Octree)) + 4 * n +
+                                                       tree.numNodes() * int(sizeof(Octree::Node)));
+                    flatSplits += checker.flatSplits;
+                }
+            }
+        }
+    }
+    // A degenerate box is widened only by a few FLT_MIN, which rounds away at 1: every cell is
+    // flat on all axes, so even with keepEmptyCells no octant is kept empty.
+    const Points p = makeCloud(Cloud::Uniform, 300, 5);
+    const float one[3] = {1, 1, 1};
+    const Octree tree(300, p.data(), BoundingBox(one), true, 4);
+    Checker checker(tree, p, 4, true);
+    EXPECT_EQ(checker.run(), "");
+    EXPECT_EQ(tree.maxDepth(), depthLimitOf(300) + 1);
+    EXPECT_GT(flatSplits + checker.flatSplits, 0);
+}
+
+TEST(Octree, HandWorkedTreeNumbersLeavesAndDescends) {
+    // Root cell [0,4]^3, centre (2,2,2): one point in each octant but 3, which holds C and D.
+    // Cell 3 is [2,4]x[2,4]x[0,2]; C lies on its centre and D above, both in its octant 7,
+    // whose centre is D. Nine points allow depth 4.
+    const Points p = {1, 1, 1, 3, 1, 1, 3, 3, 1, 3.5f, 3.5f, 1.5f, 1, 1,
+                      3, 3, 1, 3, 1, 3, 3, 3, 3, 3,    1,    3,    1};
+    const float lo[3] = {0, 0, 0}, hi[3] = {4, 4, 4};
+    const Octree tree(9, p.data(), BoundingBox(lo, hi), false, 1);
+    EXPECT_EQ(std::tuple(tree.numNodes(), tree.numLeafNodes(), tree.maxDepth()),
+              std::tuple(12, 9, 4));
+    const std::vector<int> path[] = {{0}, {1}, {3, 7, 0}, {3, 7, 7}, {4}, {5}, {6}, {7}, {2}};
+    // A split leaf's number goes to its first child: cell 3 had 3, so C has it; D is new.
+    const int leafNum[] = {0, 1, 3, 8, 4, 5, 6, 7, 2};
+    for (int i = 0; i < 9; ++i) {
+        OctreeIterator it = tree.getRoot();
+        for (int k : path[i]) ASSERT_TRUE(it.descend(k));
+        int first, end;
+        it.getVertexRange(first, end);
+        EXPECT_EQ(end - first, 1);
+        EXPECT_EQ(tree.getRemap()[first], i);
+        EXPECT_EQ(it.getLeafNum(), leafNum[i]);
+        const OctreeIterator before = it;
+        EXPECT_FALSE(it.descend(0)); // a leaf: nothing changes
+        EXPECT_EQ(it.getLeafNum(), before.getLeafNum());
+        EXPECT_TRUE(equivalent(it.getBox(), before.getBox(), 1e-9f));
+    }
+    OctreeIterator cell = tree.getRoot();
+    ASSERT_TRUE(cell.descend(3));
+    EXPECT_FALSE(cell.descend(2)); // an absent octant
+    EXPECT_FALSE(cell.isLeaf());
+    EXPECT_FALSE(OctreeIterator().valid());
+}
+
+TEST(Octree, RootCellWidensThinAxesOnly) {
+    const float lo[3] = {0, 0, 5}, hi[3] = {1000, 10, 5};
+    const Points p = {1, 1, 5};
+    const BoundingBox root = Octree(1, p.data(), BoundingBox(lo, hi), false, 4).getRoot().getBox();
+    const float wantLo[3] = {0, 0, 4.5f}, wantHi[3] = {1000, 10, 5.5f};
+    EXPECT_TRUE(equivalent(root, BoundingBox(wantLo, wantHi), 1e-6f));
+}
+
+TEST(Octree, CoincidentPointsSplitTheRootOnce) {
+    // Deliberate: points within one float step stay one over-full leaf, but the root is always
+    // split. Two steps apart they are separable and go down a chain to the depth limit (5).
+    const float lo[3] = {0, 0, 0}, hi[3] = {1, 1, 1};
+    for (auto [steps, nodes, depth] : {std::array{0, 2, 2}, {1, 2, 2}, {2, 5, 5}}) {
+        Points p(3 * 50, 0.25f);
+        for (int s = 0; s < steps; ++s) p[3] = std::nextafter(p[3], 1.0f);
+        const Octree tree(50, p.data(), BoundingBox(lo, hi), false, 4);
+        EXPECT_EQ(std::tuple(tree.numNodes(), tree.numLeafNodes(), tree.maxDepth()),
+                  std::tuple(nodes, 1, depth));
+    }
+    // Fewer points than the leaf holds: the root stays a leaf.
+    const Points three = makeCloud(Cloud::Uniform, 3, 1);
+    const Octree small(3, three.data(), BoundingBox(), false, 3);
+    EXPECT_EQ(std::tuple(small.numNodes(), small.numLeafNodes(), small.maxDepth()),
+              std::tuple(1, 1, 1));
+    // A tight cluster of 100 separable points goes down to the depth limit, ceil(4.43) + 1.
+    Points cluster = makeCloud(Cloud::Uniform, 100, 2);
+    for (float& v : cluster) v = 500 + v * 1e-4f;
+    const float wide[3] = {1000, 1000, 1000};
+    EXPECT_EQ(Octree(100, cluster.data(), BoundingBox(lo, wide), false, 4).maxDepth(), 6);
+}
+
+TEST(Octree, NodeOrderingSortsOctantsFrontToBack) {
+    int order[8];
+    Octree::getNodeOrdering({0, 0, 0}, order);
+    EXPECT_EQ(std::vector<int>(order, order + 8), (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7}));
+    Octree::getNodeOrdering({1, 0, 0}, order);
+    EXPECT_EQ(std::vector<int>(order, order + 8), (std::vector<int>{0, 2, 4, 6, 1, 3, 5, 7}));
+    std::mt19937 random(3);
+    std::uniform_int_distribution<int> component(-2, 2); // small integers make ties
+    for (int trial = 0; trial < 200; ++trial) {
+        const koLinear::Vector d(component(random), component(random), component(random));
+        // The child cells of [-1,1]^3 stably sorted by how far their centres lie along d.
+        std::vector<int> expected = {0, 1, 2, 3, 4, 5, 6, 7};
+        const auto along = [&](int k) {
+            return (k & 1 ? 0.5 : -0.5) * d.x + (k & 2 ? 0.5 : -0.5) * d.y +
+                   (k & 4 ? 0.5 : -0.5) * d.z;
+        };
+        std::stable_sort(expected.begin(), expected.end(),
+                         [&](int a, int b) { return along(a) < along(b); });
+        Octree::getNodeOrdering(d, order);
+        EXPECT_EQ(std::vector<int>(order, order + 8), expected);
+    }
+}
+
+TEST(Octree, PrintsStatisticsOnTheDebugChannel) {
+    std::string printed;
+    debugChannel().setSink([&](std::string_view line) { printed += line; });
+    debugChannel().setEnabled(true);
+    const Points p = makeCloud(Cloud::Uniform, 40, 4);
+    const Octree tree(40, p.data(), boundsOf(p), false, 8);
+    debugChannel().setEnabled(false);
+    debugChannel().setSink({});
+    char expected[200];
+    std::snprintf(expected, sizeof expected,
+                  "Octree: vertices(40) vertsPerLeaf(8) numNodes(%d)\n        maxDepth(%d): %f s\n",
+                  tree.numNodes(), tree.maxDepth(), tree.partitionTime());
+    EXPECT_EQ(printed, expected);
+}
+
+TEST(Octree, DeliberateCopySharesTheTreeAndOutlivesItsSource) {
+    const Points p = makeCloud(Cloud::Uniform, 500, 6);
+    ko::Reference<Octree> source(new Octree(500, p.data(), boundsOf(p), false, 8));
+    ko::Reference<Octree> copy(new Octree(*source));
+    EXPECT_EQ(copy->getRemap(), source->getRemap());
+    source.reset(); // the pool and remap live on with the copy
+    Checker checker(*copy, p, 8, false);
+    EXPECT_EQ(checker.run(), "");
+}
+
+TEST(Octree, VoxelListsTakeTheirSetsBySwap) {
+    ArrayOfSets sets;
+    const int pairs[] = {0, 7, 2, 5, 0, 9};
+    sets.assignFromPairs(3, 3, pairs);
+    OctreeTris tris(sets);
+    EXPECT_EQ(sets.getNumSets(), 0);
+    EXPECT_EQ(tris.numVoxels(), 3);
+    EXPECT_EQ(tris.numTris(0), 2);
+    EXPECT_EQ(tris.firstTri(0)[1], 9);
+    EXPECT_EQ(tris.numBytesUsed(), int(sizeof(OctreeTris)) + 4 * (3 + 3));
+    OctreeTris copy(tris), other;
+    other.swap(tris);
+    EXPECT_EQ(tris.numVoxels(), 0);
+    EXPECT_EQ(copy.numVoxels(), 3);
+    EXPECT_EQ(other.firstTri(2)[0], 5);
+    sets.assignFromPairs(3, 3, pairs);
+    const OctreeLines lines(sets);
+    EXPECT_EQ(lines.numLines(2), 1);
+    EXPECT_EQ(lines.firstLine(0)[0], 7);
+}
+
+} // namespace
+} // namespace koGeom
