@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cfloat>
 #include <cmath>
 #include <cstdio>
 #include <random>
@@ -34,98 +35,75 @@ BoundingBox boundsOf(const Points& p) {
 
 bool withinOneStep(float a, float b) { return a == b || std::nextafter(a, b) == b; }
 
-// Checks a built tree against brute force and returns the first broken rule, empty when sound:
-// the remap is a permutation, each point reaches (by centre comparisons from the root) the leaf
-// whose range holds it, ranges keep point order, absent and empty children follow the
-// empty-cell rule, over-full leaves sit at the depth limit or hold one cluster, and the
-// counts, depth and dense leaf numbers agree with the tree's figures.
-struct Checker {
-    Checker(const Octree& t, const Points& points, int perLeaf, bool keepEmpty)
-        : tree(t), p(points), vertsPerLeaf(perLeaf), keep(keepEmpty) {}
-
-    const Octree& tree;
-    const Points& p;
-    int vertsPerLeaf;
-    bool keep;
-    std::vector<int> slotOf, leafNumSeen;
-    int nodes = 0, depth = 0, flatSplits = 0;
-    std::string error;
-
-    void fail(const std::string& what) {
-        if (error.empty()) error = what;
+// The first rule the tree breaks, empty when sound: the remap is a permutation; each point,
+// descended by centre comparisons from the root, reaches the leaf whose range holds it; ranges
+// keep point order; octants are left out, or kept empty, by the empty-cell rule; an over-full
+// leaf is at the depth limit or holds one cluster; the counts, depth and leaf numbers match.
+std::string check(const Octree& tree, const Points& p, int vertsPerLeaf, bool keep) {
+    const int n = tree.numVertices();
+    const int* remap = tree.getRemap();
+    std::vector<int> slotOf(n, -1), leafNums(tree.numLeafNodes(), 0);
+    for (int s = 0; s < n; ++s) {
+        if (remap[s] < 0 || remap[s] >= n || slotOf[remap[s]] != -1) return "not a permutation";
+        slotOf[remap[s]] = s;
     }
-    void walk(const OctreeIterator& it, int level) {
+    std::string error;
+    int nodes = 0, depth = 0;
+    // Returns the number of points under the node.
+    const auto walk = [&](auto& self, const OctreeIterator& it, int level) -> int {
         ++nodes;
         depth = std::max(depth, level);
-        const BoundingBox cell = it.getBox();
+        int first = 0, end = 0;
         if (it.isLeaf()) {
-            int first, end;
             it.getVertexRange(first, end);
-            ++leafNumSeen.at(it.getLeafNum());
-            const int* remap = tree.getRemap();
-            for (int i = first + 1; i < end; ++i) {
-                if (remap[i - 1] >= remap[i]) fail("leaf range out of point order");
-            }
+            ++leafNums.at(it.getLeafNum());
             bool cluster = true;
             for (int i = first; i < end; ++i) {
+                if (i > first && remap[i - 1] > remap[i]) error = "leaf out of point order";
                 for (int a = 0; a < 3; ++a) {
                     cluster &= withinOneStep(p[3 * remap[first] + a], p[3 * remap[i] + a]);
                 }
             }
-            const bool full = end - first > vertsPerLeaf;
-            if (full && level > 1 && level != depthLimitOf(tree.numVertices()) + 1 && !cluster) {
-                fail("over-full separable leaf above the depth limit");
+            if (end - first > vertsPerLeaf && level > 1 && !cluster &&
+                level != depthLimitOf(n) + 1) {
+                error = "over-full separable leaf above the depth limit";
             }
-            if (first == end && (!keep || level == 1)) fail("empty leaf without keepEmptyCells");
-            return;
+            return end - first;
         }
+        int count = 0;
+        const BoundingBox cell = it.getBox();
         const bool flat = cell.minPt().x == cell.maxPt().x || cell.minPt().y == cell.maxPt().y ||
                           cell.minPt().z == cell.maxPt().z;
-        flatSplits += flat;
         for (int k = 0; k < 8; ++k) {
             OctreeIterator child = it;
-            if (child.descend(k)) {
-                int first = 0, end = 0;
-                if (flat && child.isLeaf() && (child.getVertexRange(first, end), first == end)) {
-                    fail("empty leaf in a flat cell");
-                }
-                walk(child, level + 1);
-            } else if (keep && !flat) {
-                fail("octant left out despite keepEmptyCells");
+            const bool present = child.descend(k);
+            if (present && child.isLeaf()) child.getVertexRange(first, end);
+            if (present ? (first == end && child.isLeaf() && (flat || !keep)) : (keep && !flat)) {
+                error = "octant kept or left out against the empty-cell rule";
             }
+            if (present) count += self(self, child, level + 1);
         }
-    }
-    // Descends by centre comparisons to the leaf of point i and checks that it holds i.
-    void locate(int i) {
+        if (level > 1 && count <= vertsPerLeaf) error = "a cell split without need";
+        return count;
+    };
+    walk(walk, tree.getRoot(), 1);
+    for (int i = 0; i < n; ++i) {
         OctreeIterator it = tree.getRoot();
-        while (!it.isLeaf()) {
+        for (bool down = true; down && !it.isLeaf();) {
             const koLinear::PointFlt c = it.getBox().center();
-            const int k =
-                (p[3 * i] >= c.x) | (p[3 * i + 1] >= c.y) << 1 | (p[3 * i + 2] >= c.z) << 2;
-            if (!it.descend(k)) return fail("a point's octant is missing");
+            down = it.descend((p[3 * i] >= c.x) | (p[3 * i + 1] >= c.y) << 1 |
+                              (p[3 * i + 2] >= c.z) << 2);
         }
-        int first, end;
-        it.getVertexRange(first, end);
-        if (slotOf[i] < first || slotOf[i] >= end) fail("point outside its cell's leaf");
+        int first = 0, end = 0;
+        if (it.isLeaf()) it.getVertexRange(first, end);
+        if (slotOf[i] < first || slotOf[i] >= end) error = "point off its leaf";
     }
-    std::string run() {
-        const int n = tree.numVertices();
-        slotOf.assign(n, -1);
-        for (int s = 0; s < n; ++s) {
-            const int i = tree.getRemap()[s];
-            if (i < 0 || i >= n || slotOf[i] != -1) return "remap is not a permutation";
-            slotOf[i] = s;
-        }
-        leafNumSeen.assign(tree.numLeafNodes(), 0);
-        walk(tree.getRoot(), 1);
-        for (int i = 0; i < n; ++i) locate(i);
-        if (nodes != tree.numNodes() || depth != tree.maxDepth()) fail("node count or depth");
-        if (std::count(leafNumSeen.begin(), leafNumSeen.end(), 1) != tree.numLeafNodes()) {
-            fail("leaf numbers not dense");
-        }
-        return error;
+    if (nodes != tree.numNodes() || depth != tree.maxDepth()) error = "node count or depth";
+    if (std::count(leafNums.begin(), leafNums.end(), 1) != tree.numLeafNodes()) {
+        error = "leaf numbers not dense";
     }
-};
+    return error;
+}
 
 enum class Cloud { Uniform, EqualZ, Clusters, Outside };
 
@@ -145,35 +123,29 @@ Points makeCloud(Cloud shape, int n, unsigned seed) {
 }
 
 TEST(Octree, RandomCloudsMatchBruteForce) {
-    int flatSplits = 0;
     for (Cloud shape : {Cloud::Uniform, Cloud::EqualZ, Cloud::Clusters, Cloud::Outside}) {
         for (int n : {1, 9, 700, 5000}) {
-            for (int vertsPerLeaf : {0, 1, 8}) {
-                for (bool keep : {false, true}) {
-                    SCOPED_TRACE(testing::Message() << int(shape) << " n " << n << " vpl "
-                                                    << vertsPerLeaf << " keep " << keep);
-                    const Points p = makeCloud(shape, n, 17u + n);
-                    BoundingBox box = boundsOf(p);
-                    if (shape == Cloud::Outside) box.scale(0.5f);
-                    const Octree tree(n, p.data(), box, keep, vertsPerLeaf);
-                    Checker checker(tree, p, vertsPerLeaf, keep);
-                    EXPECT_EQ(checker.run(), "");
-                    EXPECT_EQ(tree.numBytesUsed(), int(sizeof(Octree)) + 4 * n +
-                                                       tree.numNodes() * int(sizeof(Octree::Node)));
-                    flatSplits += checker.flatSplits;
-                }
+            for (auto [vertsPerLeaf, keep] :
+                 {std::pair{0, true}, {1, false}, {8, true}, {8, false}}) {
+                SCOPED_TRACE(testing::Message() << int(shape) << " " << n << " " << vertsPerLeaf);
+                const Points p = makeCloud(shape, n, 17u + n);
+                BoundingBox box = boundsOf(p);
+                if (shape == Cloud::Outside) box.scale(0.5f);
+                const Octree tree(n, p.data(), box, keep, vertsPerLeaf);
+                EXPECT_EQ(check(tree, p, vertsPerLeaf, keep), "");
+                EXPECT_EQ(tree.numBytesUsed(), int(sizeof(Octree)) + 4 * n +
+                                                   tree.numNodes() * int(sizeof(Octree::Node)));
             }
         }
     }
     // A degenerate box is widened only by a few FLT_MIN, which rounds away at 1: every cell is
-    // flat on all axes, so even with keepEmptyCells no octant is kept empty.
+    // flat, so even with keepEmptyCells the root's eight octants each grow one chain of single
+    // children down to the depth limit, 6 for 300 points.
     const Points p = makeCloud(Cloud::Uniform, 300, 5);
     const float one[3] = {1, 1, 1};
     const Octree tree(300, p.data(), BoundingBox(one), true, 4);
-    Checker checker(tree, p, 4, true);
-    EXPECT_EQ(checker.run(), "");
-    EXPECT_EQ(tree.maxDepth(), depthLimitOf(300) + 1);
-    EXPECT_GT(flatSplits + checker.flatSplits, 0);
+    EXPECT_EQ(check(tree, p, 4, true), "");
+    EXPECT_EQ(std::tuple(tree.numNodes(), tree.maxDepth()), std::tuple(1 + 8 * 6, 7));
 }
 
 TEST(Octree, HandWorkedTreeNumbersLeavesAndDescends) {
@@ -197,10 +169,8 @@ TEST(Octree, HandWorkedTreeNumbersLeavesAndDescends) {
         EXPECT_EQ(end - first, 1);
         EXPECT_EQ(tree.getRemap()[first], i);
         EXPECT_EQ(it.getLeafNum(), leafNum[i]);
-        const OctreeIterator before = it;
         EXPECT_FALSE(it.descend(0)); // a leaf: nothing changes
-        EXPECT_EQ(it.getLeafNum(), before.getLeafNum());
-        EXPECT_TRUE(equivalent(it.getBox(), before.getBox(), 1e-9f));
+        EXPECT_EQ(it.getLeafNum(), leafNum[i]);
     }
     OctreeIterator cell = tree.getRoot();
     ASSERT_TRUE(cell.descend(3));
@@ -210,11 +180,16 @@ TEST(Octree, HandWorkedTreeNumbersLeavesAndDescends) {
 }
 
 TEST(Octree, RootCellWidensThinAxesOnly) {
-    const float lo[3] = {0, 0, 5}, hi[3] = {1000, 10, 5};
-    const Points p = {1, 1, 5};
-    const BoundingBox root = Octree(1, p.data(), BoundingBox(lo, hi), false, 4).getRoot().getBox();
-    const float wantLo[3] = {0, 0, 4.5f}, wantHi[3] = {1000, 10, 5.5f};
-    EXPECT_TRUE(equivalent(root, BoundingBox(wantLo, wantHi), 1e-6f));
+    // Axes shorter than a thousandth of the longest widen to it; a point box widens to
+    // FLT_MIN * 2^(depthLimit + 1), here 2^4 for nine points.
+    const float m = 8 * FLT_MIN;
+    const std::array<float, 12> cases[] = {{0, 0, 5, 1000, 10, 5, 0, 0, 4.5f, 1000, 10, 5.5f},
+                                           {0, 0, 0, 0, 0, 0, -m, -m, -m, m, m, m}};
+    const Points p(27, 0.0f);
+    for (const auto& c : cases) {
+        const Octree tree(9, p.data(), BoundingBox(&c[0], &c[3]), false, 9);
+        EXPECT_TRUE(equivalent(tree.getRoot().getBox(), BoundingBox(&c[6], &c[9]), m / 100));
+    }
 }
 
 TEST(Octree, CoincidentPointsSplitTheRootOnce) {
@@ -241,11 +216,13 @@ TEST(Octree, CoincidentPointsSplitTheRootOnce) {
 }
 
 TEST(Octree, NodeOrderingSortsOctantsFrontToBack) {
-    int order[8];
-    Octree::getNodeOrdering({0, 0, 0}, order);
-    EXPECT_EQ(std::vector<int>(order, order + 8), (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7}));
-    Octree::getNodeOrdering({1, 0, 0}, order);
-    EXPECT_EQ(std::vector<int>(order, order + 8), (std::vector<int>{0, 2, 4, 6, 1, 3, 5, 7}));
+    const auto ordering = [](const koLinear::Vector& d) {
+        std::vector<int> order(8);
+        Octree::getNodeOrdering(d, order.data());
+        return order;
+    };
+    EXPECT_EQ(ordering({0, 0, 0}), (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ(ordering({1, 0, 0}), (std::vector<int>{0, 2, 4, 6, 1, 3, 5, 7}));
     std::mt19937 random(3);
     std::uniform_int_distribution<int> component(-2, 2); // small integers make ties
     for (int trial = 0; trial < 200; ++trial) {
@@ -258,8 +235,7 @@ TEST(Octree, NodeOrderingSortsOctantsFrontToBack) {
         };
         std::stable_sort(expected.begin(), expected.end(),
                          [&](int a, int b) { return along(a) < along(b); });
-        Octree::getNodeOrdering(d, order);
-        EXPECT_EQ(std::vector<int>(order, order + 8), expected);
+        EXPECT_EQ(ordering(d), expected);
     }
 }
 
@@ -284,29 +260,24 @@ TEST(Octree, DeliberateCopySharesTheTreeAndOutlivesItsSource) {
     ko::Reference<Octree> copy(new Octree(*source));
     EXPECT_EQ(copy->getRemap(), source->getRemap());
     source.reset(); // the pool and remap live on with the copy
-    Checker checker(*copy, p, 8, false);
-    EXPECT_EQ(checker.run(), "");
+    EXPECT_EQ(check(*copy, p, 8, false), "");
 }
 
 TEST(Octree, VoxelListsTakeTheirSetsBySwap) {
     ArrayOfSets sets;
     const int pairs[] = {0, 7, 2, 5, 0, 9};
     sets.assignFromPairs(3, 3, pairs);
-    OctreeTris tris(sets);
-    EXPECT_EQ(sets.getNumSets(), 0);
-    EXPECT_EQ(tris.numVoxels(), 3);
-    EXPECT_EQ(tris.numTris(0), 2);
-    EXPECT_EQ(tris.firstTri(0)[1], 9);
+    OctreeTris tris(sets), other;
+    EXPECT_EQ(std::tuple(sets.getNumSets(), tris.numTris(0), tris.firstTri(0)[1]),
+              std::tuple(0, 2, 9));
     EXPECT_EQ(tris.numBytesUsed(), int(sizeof(OctreeTris)) + 4 * (3 + 3));
-    OctreeTris copy(tris), other;
+    const OctreeTris copy(tris);
     other.swap(tris);
-    EXPECT_EQ(tris.numVoxels(), 0);
-    EXPECT_EQ(copy.numVoxels(), 3);
-    EXPECT_EQ(other.firstTri(2)[0], 5);
+    EXPECT_EQ(std::tuple(tris.numVoxels(), copy.numVoxels(), other.firstTri(2)[0]),
+              std::tuple(0, 3, 5));
     sets.assignFromPairs(3, 3, pairs);
     const OctreeLines lines(sets);
-    EXPECT_EQ(lines.numLines(2), 1);
-    EXPECT_EQ(lines.firstLine(0)[0], 7);
+    EXPECT_EQ(std::tuple(lines.numLines(2), lines.firstLine(0)[0]), std::tuple(1, 7));
 }
 
 } // namespace
