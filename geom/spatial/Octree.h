@@ -74,13 +74,16 @@ public:
     ///
     /// When there are more than `vertsPerLeaf` points the root is split, and each child with
     /// more than `vertsPerLeaf` points is split again while its depth is within the limit (the
-    /// root is depth 1, so the deepest level is depthLimit + 1) and its points do not all lie
-    /// within one float step of the first of them. Such a cluster stays one over-full leaf,
-    /// whatever `vertsPerLeaf` says; the root is split without that test. An empty octant of
-    /// a split cell gets no child, except that with `keepEmptyCells` it gets an empty leaf
-    /// (with a leaf number) unless the cell is flat (its min equals its max on some axis).
+    /// root is depth 1, so the deepest level is depthLimit + 1, or 2 when the root is split
+    /// under a limit of 0) and its points do not all lie within one float step of the first of
+    /// them. Such a cluster stays one over-full leaf, whatever `vertsPerLeaf` says; the root is
+    /// split without that test. An empty octant of a split cell gets no child, except that with
+    /// `keepEmptyCells` it gets an empty leaf (with a leaf number) unless the cell is flat (its
+    /// min equals its max on some axis).
     ///
-    /// When a leaf is split, its leaf number goes to its first child, so numbers stay dense.
+    /// When a leaf is split, its leaf number goes to its first child, so numbers stay dense
+    /// (the one gap: an empty root split under a negative `vertsPerLeaf` has no child to take
+    /// its number 0, and `numLeafNodes()` is 1 with no leaf).
     /// The build takes O(n · depth) time with one int of code and one of scratch per point,
     /// allocated once. It is timed (`partitionTime()`), and its statistics line goes to the
     /// library's debug channel. A negative `numVertices` throws `std::bad_alloc`.
