@@ -82,8 +82,8 @@ public:
     /// min equals its max on some axis).
     ///
     /// When a leaf is split, its leaf number goes to its first child, so numbers stay dense
-    /// (the one gap: an empty root split under a negative `vertsPerLeaf` has no child to take
-    /// its number 0, and `numLeafNodes()` is 1 with no leaf).
+    /// (the one gap: an empty root, which only a negative `vertsPerLeaf` splits, gets no child
+    /// unless empty cells are kept, and then `numLeafNodes()` is 1 with no leaf).
     /// The build takes O(n · depth) time with one int of code and one of scratch per point,
     /// allocated once. It is timed (`partitionTime()`), and its statistics line goes to the
     /// library's debug channel. A negative `numVertices` throws `std::bad_alloc`.
