@@ -107,6 +107,8 @@ Octree::Octree(int numVertices, const float* vertices, const BoundingBox& box, b
         numVertices_, vertsPerLeaf_, numNodes_, maxDepth_, partitionTime_);
 }
 
+// Deliberate: a shallow copy sharing the nodes, pool and remap, as clients copy trees cheaply;
+// the shared pointers make the last of the copies release them.
 Octree::Octree(const Octree& other) = default;
 
 Octree::~Octree() = default;
@@ -211,6 +213,9 @@ int Octree::recursivePartition(Node* node, const BoundingBox& cell, int depth, i
         }
         const int first = child->leaf.first;
         const int end = child->leaf.end;
+        // Deliberate: points within one float step of each other are one position at the
+        // data's precision and stay one over-full leaf, rather than a chain of cells to the
+        // depth limit.
         if (depth <= depthLimit && end - first > vertsPerLeaf_ && isSeparable(first, end)) {
             BoundingBox childCell;
             getSubBox(k, cell, childCell);

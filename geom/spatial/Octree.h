@@ -91,8 +91,8 @@ public:
            int vertsPerLeaf);
 
     /// A shallow copy that shares the nodes, the node pool and the remap with `other`.
-    // Deliberate: copies share one tree; the original library copies the pointers, and
-    // callers copy trees cheaply on that understanding.
+    // Deliberate: copies share one tree, so that callers copy trees cheaply; shared ownership
+    // of the pool and remap makes destroying every copy safe.
     Octree(const Octree& other);
     Octree& operator=(const Octree&) = delete;
     ~Octree() override;
