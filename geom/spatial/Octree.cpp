@@ -30,7 +30,8 @@ struct OctreePartitionData {
 
 namespace {
 
-constexpr int nodesPerPoolBlock = 8192;
+// The bytes of each block the node pool takes from the heap.
+constexpr int poolBlockBytes = 8192;
 
 // Twice the base-8 logarithm of the point count, rounded up. A count below two has no
 // logarithm worth taking (ln 0 is -inf, ln of a negative count NaN), and gives 0.
@@ -88,7 +89,7 @@ Octree::Octree(int numVertices, const float* vertices, const BoundingBox& box, b
     }
     OctreePartitionData data(numVertices);
 
-    nodePool_ = std::make_shared<koOS::FSAllocator>(sizeof(Node), nodesPerPoolBlock);
+    nodePool_ = std::make_shared<koOS::FSAllocator>(sizeof(Node), poolBlockBytes);
     nodePool_->setLazy();
 
     const koOS::StopWatch watch;
