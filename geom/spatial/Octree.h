@@ -36,9 +36,9 @@ struct OctreePartitionData;
 /// nothing else is reported.
 ///
 /// Copies are shallow: the copy constructor copies the pointers, so a copy shares the node
-/// pool, the nodes and the remap with its source. Here the pool and the remap are owned jointly
-/// by every copy and released with the last one, so a source and its copies may be destroyed in
-/// any order, and a copy stays usable after its source is gone.
+/// pool, the nodes and the remap with its source. The pool and the remap are owned jointly by
+/// the source and all its copies and released with the last of them, so they may be destroyed
+/// in any order, and a copy stays usable after its source is gone. There is no assignment.
 class FORMWORK_EXPORT Octree : public ko::ReferenceCount {
 public:
     /// A cell of the tree, taken from the tree's node pool and released with the pool.
