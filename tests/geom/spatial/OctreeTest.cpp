@@ -168,18 +168,15 @@ TEST(Octree, HandWorkedTreeNumbersLeavesAndDescends) {
     for (int i = 0; i < 9; ++i) {
         OctreeIterator it = tree.getRoot();
         for (int k : path[i]) ASSERT_TRUE(it.descend(k));
+        EXPECT_FALSE(it.descend(0)); // a leaf: nothing changes
         int first, end;
         it.getVertexRange(first, end);
-        EXPECT_EQ(end - first, 1);
-        EXPECT_EQ(tree.getRemap()[first], i);
-        EXPECT_EQ(it.getLeafNum(), leafNum[i]);
-        EXPECT_FALSE(it.descend(0)); // a leaf: nothing changes
-        EXPECT_EQ(it.getLeafNum(), leafNum[i]);
+        EXPECT_EQ(std::tuple(end - first, tree.getRemap()[first], it.getLeafNum()),
+                  std::tuple(1, i, leafNum[i]));
     }
     OctreeIterator cell = tree.getRoot();
     ASSERT_TRUE(cell.descend(3));
     EXPECT_FALSE(cell.descend(2)); // an absent octant
-    EXPECT_FALSE(cell.isLeaf());
     EXPECT_FALSE(OctreeIterator().valid());
 }
 
