@@ -97,9 +97,10 @@ public:
     /// @{
 
     /// The middle slice across the axis most aligned with `d` (|d · axis| largest, `d`
-    /// normalised; ties go to the later axis). Its normal is that axis and its origin the
-    /// box origin moved half that axis's length along it. The in-plane axes are: for normal
-    /// axis2, axis0 then axis1; for axis1, axis0 then axis2; for axis0, axis2 then axis1.
+    /// normalised). Its normal is that axis and its origin the box origin moved half that
+    /// axis's length along it. A tie between axis0 and another axis goes to the other one, a
+    /// tie between axis1 and axis2 to axis1. The in-plane axes are: for normal axis2, axis0
+    /// then axis1; for axis1, axis0 then axis2; for axis0, axis2 then axis1.
     OrientedPlane dominantMidPlane(const koLinear::Vector& d) const noexcept;
     /// The middle slice across axis0: normal axis0, axisU = axis2, axisV = axis1.
     OrientedPlane uvMidplane() const noexcept;
