@@ -188,6 +188,8 @@ void Camera::getPickMatrix(const koLinear::Range2d& range, koLinear::ProjMatrix&
 bool Camera::project(const koLinear::Point& p, koLinear::Point& out) const noexcept {
     const koLinear::HPoint h = koLinear::HPoint(p) * worldToClip_;
     const bool inside = h.insideView(true);
+    // Deliberate: an orthographic camera fills `out` even for a point outside the view, as
+    // its image is still well defined; the result still reports that it is outside.
     if (inside || frustum_.getOrthographic()) {
         out = h.dehomogenize() * viewTransform_;
     }

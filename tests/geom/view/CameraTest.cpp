@@ -92,7 +92,8 @@ TEST(Camera, ProjectsAndUnprojects) {
     camera.getWorldSpaceRay(p, direction);
     EXPECT_EQ(direction, koLinear::Vector(-3, 1, 0.5));
 
-    // Behind the eye: false and untouched. Orthographic: filled all the same, still false.
+    // Behind the eye: false and untouched. Deliberate: orthographic fills it all the same and
+    // still says false.
     koLinear::Point untouched(7, 7, 7);
     EXPECT_FALSE(camera.project({5, 0, 0}, untouched));
     EXPECT_EQ(untouched, koLinear::Point(7, 7, 7));
@@ -241,6 +242,22 @@ TEST(Camera, AnnouncesChangesOnUpdateAndInteractions) {
     camera.setFrustum(AngleAspect());
     camera.update();
     EXPECT_EQ(recorder.log, Log{"changed"});
+
+    // Within tolerance: a frustum is copied all the same, a viewport is not; neither is dirty.
+    EyeSpaceFrustum nearlySame;
+    camera.getFrustum(nearlySame);
+    nearlySame.setDepthRange(1.0 + 1e-11, 100.0, false);
+    camera.setFrustum(nearlySame);
+    Viewport nearlyDefault;
+    nearlyDefault.setSize(1.0 + 1e-11, 1.0);
+    camera.setViewport(nearlyDefault);
+    EXPECT_FALSE(camera.isDirty());
+    EyeSpaceFrustum kept;
+    camera.getFrustum(kept);
+    EXPECT_EQ(kept.getNearDist(), 1.0 + 1e-11);
+    Viewport unchanged;
+    camera.getViewport(unchanged);
+    EXPECT_EQ(unchanged.getAspectRatio(), 1.0);
 
     const Camera copy(camera); // the copy has no listeners
     Camera assigned;

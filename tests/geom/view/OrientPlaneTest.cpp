@@ -12,6 +12,9 @@ Camera frontCamera() {
     return camera;
 }
 
+// The unit direction (s, 1, 0) / sqrt(2) for s = +1 or -1.
+koLinear::Normal diagonal(double s) { return koLinear::Normal(koLinear::Vector(s, 1, 0)); }
+
 TEST(OrientPlane, ReadsLeftToRightBottomToTopAndFacesTheViewer) {
     const koLinear::Normal x = koLinear::Normal::unitX(), y = koLinear::Normal::unitY();
     const koLinear::Normal z = koLinear::Normal::unitZ();
@@ -27,6 +30,9 @@ TEST(OrientPlane, ReadsLeftToRightBottomToTopAndFacesTheViewer) {
         // axisU is the vertical one: swapped, then axisV (down) turned up; the normal faced
         // away and is turned.
         {{{0, 0, 0}, -z, -y, x, 3, 2}, {{0, -3, 0}, z, x, y, 2, 3}},
+        // A tie keeps the order: both axes lean 45 degrees, up and to the right.
+        {{{0, 0, 0}, z, diagonal(1), diagonal(-1), 2, 3},
+         {{0, 0, 0}, z, diagonal(1), diagonal(-1), 2, 3}},
     };
     for (const Case& c : cases) {
         OrientedPlane plane = c.given;
