@@ -12,8 +12,8 @@
 namespace koGeom {
 namespace {
 
-using koGeomTest::expectInverses;
 using koGeomTest::expectMatrix;
+using P = koLinear::Point;
 
 // Eye at (3, 0, 0) looking at the origin with z up: f = (-1, 0, 0), r = f x z = (0, 1, 0),
 // u = r x f = (0, 0, 1). Default frustum (90 degrees, near 1, far 100); viewport 200 x 100.
@@ -26,35 +26,20 @@ Camera sideCamera() {
     return camera;
 }
 
-TEST(Camera, DefaultAndLookAt) {
-    const Camera plain;
-    EXPECT_EQ(plain.getViewVector(), koLinear::Normal(0, 0, -1));
-    EXPECT_EQ(plain.getUpVector(), koLinear::Normal(0, 1, 0));
-    EXPECT_EQ(plain.getEyeLocation(), koLinear::Point());
-
-    Camera front;
-    front.setWorldToEye({0, 0, 0}, {0, 0, 5}, koLinear::Normal::unitY());
-    EXPECT_EQ(front.getEyeLocation(), koLinear::Point(0, 0, 5));
-    EXPECT_EQ(front.getRightVector(), koLinear::Normal(1, 0, 0));
-    EXPECT_EQ(front.screenDepthAtPoint({0, 0, 0}), 5.0);
-
-    // Columns r, u, -f; translation (-r.eye, -u.eye, f.eye) = (0, 0, -3).
-    const Camera side = sideCamera();
-    koLinear::AffineMatrix m;
-    side.getWorldToEye(m);
-    EXPECT_EQ(m, koLinear::AffineMatrix({0, 0, 1}, {1, 0, 0}, {0, 1, 0}, {0, 0, -3}));
-    EXPECT_EQ(side.getRightVector(), koLinear::Normal(0, 1, 0));
-    EXPECT_EQ(side.getUpVector(), koLinear::Normal(0, 0, 1));
-    EXPECT_EQ(side.getViewVector(), koLinear::Normal(-1, 0, 0));
-    EXPECT_EQ(side.getEyeLocation(), koLinear::Point(3, 0, 0));
-    EXPECT_EQ(side.distanceToPoint({0, 4, 0}), 5.0);
-}
-
-TEST(Camera, MatrixChainElementByElement) {
+TEST(Camera, LookAtAndMatrixChainElementByElement) {
+    EXPECT_EQ(Camera().getViewVector(), koLinear::Normal(0, 0, -1));
     const Camera camera = sideCamera();
-    koLinear::ProjMatrix m;
-    // Rows of W · P: row 0 of W picks P's row 2, row 1 P's row 0, row 2 P's row 1, and row 3
-    // is -3 (P's row 2) + P's row 3 = (0, 0, 303/99 - 200/99, 3).
+    // Columns r, u, -f; translation (-r.eye, -u.eye, f.eye) = (0, 0, -3).
+    koLinear::AffineMatrix w2e;
+    camera.getWorldToEye(w2e);
+    EXPECT_EQ(w2e, koLinear::AffineMatrix({0, 0, 1}, {1, 0, 0}, {0, 1, 0}, {0, 0, -3}));
+    EXPECT_EQ(camera.getUpVector(), koLinear::Normal(0, 0, 1));
+    EXPECT_EQ(camera.getViewVector(), koLinear::Normal(-1, 0, 0));
+    EXPECT_EQ(camera.getEyeLocation(), P(3, 0, 0));
+
+    // W · P: row 0 of W picks P's row 2, row 1 P's row 0, row 2 P's row 1, and row 3 is
+    // -3 (P's row 2) + P's row 3 = (0, 0, 303/99 - 200/99, 3).
+    koLinear::ProjMatrix m, back;
     camera.getWorldToClip(m);
     expectMatrix(m, {0, 0, -101.0 / 99, -1, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 103.0 / 99, 3});
     // Then the viewport, scale (100, 50, 0.5) and offset (100, 50, 0.5):
@@ -62,41 +47,32 @@ TEST(Camera, MatrixChainElementByElement) {
     camera.getWorldToViewport(m);
     expectMatrix(m,
                  {-100, -50, -100.0 / 99, -1, 100, 0, 0, 0, 0, 50, 0, 0, 300, 150, 200.0 / 99, 3});
-    koLinear::ProjMatrix back;
     camera.getViewportToWorld(back);
-    expectInverses(m, back);
-    camera.getEyeToClip(m);
-    EXPECT_EQ(m(2, 3), -1.0);
+    koGeomTest::expectInverses(m, back);
 }
 
 TEST(Camera, ProjectsAndUnprojects) {
     const Camera camera = sideCamera();
     // (0, 1, 0.5) is eye (1, 0.5, -3): normalised (1/3, 1/6), pixels (100 + 100/3, 50 + 50/6).
-    const koLinear::Point p(0, 1, 0.5);
-    koLinear::Point out;
+    const P p(0, 1, 0.5);
+    P out;
     ASSERT_TRUE(camera.project(p, out));
     EXPECT_NEAR(out.x, 100 + 100.0 / 3, 1e-12);
     EXPECT_NEAR(out.y, 50 + 50.0 / 6, 1e-12);
-    const koLinear::Point2 rows = camera.getWorldPointToViewport(p); // rows from the top
-    EXPECT_NEAR(rows.x, out.x, 1e-12);
-    EXPECT_NEAR(rows.y, 100 - out.y, 1e-12);
-
-    koLinear::Point again;
+    EXPECT_NEAR(camera.getWorldPointToViewport(p).y, 100 - out.y, 1e-12); // rows from the top
+    P again;
     camera.getWorldSpacePoint({out.x, out.y}, out.z, again);
     EXPECT_TRUE(equivalent(again, p, 1e-9));
     koLinear::Line ray;
     camera.getWorldSpaceRay(koLinear::Point2(out.x, out.y), ray);
-    EXPECT_EQ(ray.origin, koLinear::Point(3, 0, 0));
+    EXPECT_EQ(ray.origin, P(3, 0, 0));
     EXPECT_LT(distance(p, ray), 1e-12);
-    koLinear::Vector direction;
-    camera.getWorldSpaceRay(p, direction);
-    EXPECT_EQ(direction, koLinear::Vector(-3, 1, 0.5));
 
     // Behind the eye: false and untouched. Deliberate: orthographic fills it all the same and
     // still says false.
-    koLinear::Point untouched(7, 7, 7);
+    P untouched(7, 7, 7);
     EXPECT_FALSE(camera.project({5, 0, 0}, untouched));
-    EXPECT_EQ(untouched, koLinear::Point(7, 7, 7));
+    EXPECT_EQ(untouched, P(7, 7, 7));
     Camera ortho = camera;
     EyeSpaceFrustum frustum;
     frustum.setOrthographic(true);
@@ -104,7 +80,7 @@ TEST(Camera, ProjectsAndUnprojects) {
     EXPECT_FALSE(ortho.project({0, 5, 0}, untouched)); // x = 5 beyond the frame's 1
     EXPECT_NEAR(untouched.x, 100 + 5 * 100, 1e-9);
     ortho.getWorldSpaceRay(koLinear::Tuple2(1.0, 0.5), ray); // right edge, from the near plane
-    EXPECT_TRUE(equivalent(ray.origin, koLinear::Point(2, 1, 0), 1e-12));
+    EXPECT_TRUE(equivalent(ray.origin, P(2, 1, 0), 1e-12));
     EXPECT_EQ(ray.direction, koLinear::Normal(-1, 0, 0));
 }
 
@@ -118,7 +94,7 @@ TEST(Camera, DeliberateRaysIgnoreAnOffCentreFrame) {
     koLinear::Line ray;
     camera.getWorldSpaceRay(koLinear::Point2(100, 50), ray);
     EXPECT_EQ(ray.direction, camera.getViewVector());
-    koLinear::Point centre;
+    P centre;
     ASSERT_TRUE(camera.project({0, 0, 0}, centre));
     EXPECT_NEAR(centre.x, 0.0, 1e-12); // projection does use the shift
 }
@@ -126,59 +102,36 @@ TEST(Camera, DeliberateRaysIgnoreAnOffCentreFrame) {
 TEST(Camera, DeliberatePickingUsesTheClosedFrustum) {
     Camera camera = sideCamera();
     camera.setOpenFrustum(true);
-    koLinear::ProjMatrix pick, worldToClip;
-    camera.getPickMatrix(koLinear::Point2(100, 50), pick, 100.0); // 200 x 200: x scale 1
-    camera.getWorldToClip(worldToClip);
-    EXPECT_NE(pick(3, 2), worldToClip(3, 2));
-    EXPECT_NEAR(pick(3, 2), 103.0 / 99, 1e-12); // the closed value
-    // y: 100 / 200 = 0.5, as a half-size view.
+    koLinear::ProjMatrix pick, byPoint;
+    // Square of half-side 100 about the centre: x scale 200/200, y scale 100/200. Deliberate:
+    // m32 is the closed 103/99 although the camera's own projection is open.
+    camera.getPickMatrix(koLinear::Point2(100, 50), pick, 100.0);
     expectMatrix(pick, {0, 0, -101.0 / 99, -1, 1, 0, 0, 0, 0, 0.5, 0, 0, 0, 0, 103.0 / 99, 3});
-}
-
-TEST(Camera, PickMatricesSelectThePixelSquare) {
-    Camera camera = sideCamera();
-    camera.setMinimumPickRadius(1.0);
-    koLinear::Point at;
-    const koLinear::Point p(0, 1, 0.5);
-    ASSERT_TRUE(camera.project(p, at));
-    koLinear::ProjMatrix pick;
-    // Radius 2 + 1: p, 2.5 pixels to the side of the centre, is in; 3.5 pixels is out.
-    camera.getPickMatrix(koLinear::Point2(at.x + 2.5, at.y), pick, 2.0);
-    EXPECT_TRUE((koLinear::HPoint(p) * pick).insideView(true));
-    camera.getPickMatrix(koLinear::Point2(at.x, at.y - 3.5), pick, 2.0);
-    EXPECT_FALSE((koLinear::HPoint(p) * pick).insideView(true));
     // Coinciding corners: a point pick of radius 1 + the minimum.
-    koLinear::ProjMatrix byPoint;
-    camera.getPickMatrix(koLinear::Range2d({at.x, at.y}, {at.x, at.y}), pick);
-    camera.getPickMatrix(koLinear::Point2(at.x, at.y), byPoint, 1.0);
+    camera.setMinimumPickRadius(2.0);
+    camera.getPickMatrix(koLinear::Range2d({30, 40}, {30, 40}), pick);
+    camera.getPickMatrix(koLinear::Point2(30, 40), byPoint, 1.0);
     EXPECT_EQ(pick, byPoint);
-    camera.getPickMatrix(koLinear::Range2d({at.x - 4, at.y - 1}, {at.x + 4, at.y + 1}), pick);
-    EXPECT_TRUE((koLinear::HPoint(p) * pick).insideView(true));
 }
 
-TEST(Camera, PlanesDepthsAndPixelScales) {
+TEST(Camera, DepthsPlanesAndPixelMeasures) {
     const Camera camera = sideCamera();
-    koLinear::ParamPlane plane; // eye (-1, -1, -1), edges 2x, 2y mapped to the world
-    camera.getScreenAlignedNearPlane(plane);
-    EXPECT_EQ(plane.origin, koLinear::Point(2, -1, -1));
-    EXPECT_EQ(plane.uEdge, koLinear::Vector(0, 2, 0));
-    EXPECT_EQ(plane.normal, koLinear::Normal(1, 0, 0));
-    camera.getScreenAlignedFarPlane(plane);
-    EXPECT_EQ(plane.origin, koLinear::Point(-97, -100, -100));
-
     EXPECT_TRUE(camera.pointInFrontOfCamera({3, 9, 9})); // in the eye's plane
     EXPECT_EQ(camera.screenDepthAtPoint({3, 9, 9}), 0.0);
-    EXPECT_FALSE(camera.pointInFrontOfCamera({3.5, 0, 0}));
     EXPECT_EQ(camera.screenDepthAtPoint({3.5, 0, 0}), -1.0);
+    EXPECT_EQ(camera.screenDepthAtPoint({-2, 9, 0}), 5.0);
+    koLinear::ParamPlane far; // eye origin (-100, -100, -100) taken to the world
+    camera.getScreenAlignedFarPlane(far);
+    EXPECT_EQ(far.origin, P(-97, -100, -100));
+    EXPECT_EQ(far.uEdge, koLinear::Vector(0, 200, 0));
+    EXPECT_EQ(far.normal, koLinear::Normal(1, 0, 0));
 
-    double dist = 0.0; // eye y 1 and 0 at depth 3: 1/3 of the half-width of 100 pixels
+    double dist = 0.0; // eye x 1 and 0 at depth 3: 1/3 of the half-width of 100 pixels
     EXPECT_TRUE(camera.pixelDistance({0, 1, 0}, {0, 0, 0}, dist));
     EXPECT_NEAR(dist, 100.0 / 3, 1e-12);
     EXPECT_FALSE(camera.pixelDistance({0, 9, 0}, {0, 0, 0}, dist));
     EXPECT_EQ(dist, std::numeric_limits<double>::max());
-    // Height 2 d at depth d over 100 pixels.
-    EXPECT_DOUBLE_EQ(camera.pixelScaleForDepth(5.0, 10.0), 1.0);
-    EXPECT_EQ(camera.pixelScaleOrtho(), 0.0);
+    EXPECT_DOUBLE_EQ(camera.pixelScaleForDepth(5.0, 10.0), 1.0); // 10/100 of height 2 * 5
 }
 
 TEST(Camera, FitsNearAndFarToABox) {
@@ -190,9 +143,8 @@ TEST(Camera, FitsNearAndFarToABox) {
     EXPECT_DOUBLE_EQ(frustum.getNearDist(), 9.9);
     EXPECT_DOUBLE_EQ(frustum.getFarDist(), 20.2);
     EXPECT_DOUBLE_EQ(frustum.getHeightAtDepth(9.9), 19.8); // the angle is kept
-    EXPECT_TRUE(camera.isDirty());
     camera.update();
-    camera.setNearFar(BoundingBox(min, max)); // the same distances: no change
+    camera.setNearFar(BoundingBox(min, max)); // the same distances exactly: no change
     EXPECT_FALSE(camera.isDirty());
 
     const float behindMin[3] = {-1, -1, 5}, behindMax[3] = {1, 1, 6};
@@ -217,12 +169,10 @@ struct Recorder : koRTB::SignalClient {
 };
 
 TEST(Camera, AnnouncesChangesOnUpdateAndInteractions) {
+    using Log = std::vector<std::string>;
     Camera camera;
     Recorder recorder(camera);
-    using Log = std::vector<std::string>;
-
-    camera.update(); // clean: nothing
-    camera.setViewport(Viewport());
+    camera.setViewport(Viewport()); // none of these changes anything
     camera.setFrustum(EyeSpaceFrustum());
     camera.setOpenFrustum(false);
     camera.setMinimumPickRadius(3.0);
@@ -234,19 +184,16 @@ TEST(Camera, AnnouncesChangesOnUpdateAndInteractions) {
     camera.update();
     camera.setWorldToEye(koLinear::AffineMatrix(1.0));
     camera.endInteraction(); // updates first
-    EXPECT_EQ(recorder.log, (Log{"begun", "changed", "changed", "ended"}));
-
-    recorder.log.clear();
     camera.beginInteraction();
     camera.endInteraction(); // no change: neither begun nor ended
     camera.setFrustum(AngleAspect());
     camera.update();
-    EXPECT_EQ(recorder.log, Log{"changed"});
+    EXPECT_EQ(recorder.log, (Log{"begun", "changed", "changed", "ended", "changed"}));
 
-    // Within tolerance: a frustum is copied all the same, a viewport is not; neither is dirty.
+    // Within tolerance neither is dirty, but a frustum is copied all the same.
     EyeSpaceFrustum nearlySame;
     camera.getFrustum(nearlySame);
-    nearlySame.setDepthRange(1.0 + 1e-11, 100.0, false);
+    nearlySame.setDepthRange(nearlySame.getNearDist() + 1e-11, 100.0, false);
     camera.setFrustum(nearlySame);
     Viewport nearlyDefault;
     nearlyDefault.setSize(1.0 + 1e-11, 1.0);
@@ -254,21 +201,19 @@ TEST(Camera, AnnouncesChangesOnUpdateAndInteractions) {
     EXPECT_FALSE(camera.isDirty());
     EyeSpaceFrustum kept;
     camera.getFrustum(kept);
-    EXPECT_EQ(kept.getNearDist(), 1.0 + 1e-11);
+    EXPECT_EQ(kept.getNearDist(), nearlySame.getNearDist());
     Viewport unchanged;
     camera.getViewport(unchanged);
     EXPECT_EQ(unchanged.getAspectRatio(), 1.0);
 
-    const Camera copy(camera); // the copy has no listeners
     Camera assigned;
-    assigned = camera;
-    EXPECT_EQ(copy.cameraChanged.numConnections(), 0);
-    EXPECT_EQ(assigned.cameraChanged.numConnections(), 0);
-    EXPECT_EQ(camera.cameraChanged.numConnections(), 1);
+    assigned = camera; // copies take no listeners
+    EXPECT_EQ(
+        assigned.cameraChanged.numConnections() + Camera(camera).cameraChanged.numConnections(), 0);
     EXPECT_TRUE(camera.clone()->equivalent(camera));
 }
 
-TEST(Camera, EquivalenceIgnoresTheInverseAndThePickRadius) {
+TEST(Camera, EquivalenceIgnoresThePickRadius) {
     const Camera a = sideCamera();
     Camera b = a;
     b.setMinimumPickRadius(4.0);
@@ -281,13 +226,13 @@ TEST(Camera, EquivalenceIgnoresTheInverseAndThePickRadius) {
 }
 
 TEST(Camera, PrintsItsPartsAndTheWorldToEyeMatrix) {
+    Camera camera = sideCamera();
+    camera.setWorldToEye(
+        koLinear::AffineMatrix({0, 0, 1}, {1, 0, 0}, {0, 1, 0}, {0.5, -0.25, 1.0 / 3}));
     koOS::DebugChannel& channel = debugChannel();
     std::string printed;
     channel.setSink([&printed](std::string_view text) { printed += text; });
     channel.setEnabled(true);
-    Camera camera = sideCamera();
-    camera.setWorldToEye(
-        koLinear::AffineMatrix({0, 0, 1}, {1, 0, 0}, {0, 1, 0}, {0.5, -0.25, 1.0 / 3}));
     camera.debugPrint(channel, "main");
     channel.setEnabled(false);
     channel.setSink(nullptr);
