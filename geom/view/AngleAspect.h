@@ -5,6 +5,7 @@
 #include "tessar/os/DebugChannel.h"
 
 #include "geom/FormworkExport.h"
+#include "geom/entity/LibraryDebugChannel.h"
 
 namespace koGeom {
 
@@ -57,11 +58,11 @@ public:
     void getEyeSpaceFrustum(EyeSpaceFrustum& frustum) const noexcept;
     /// @}
 
-    /// Prints the lens when `channel` is enabled: "<name> AngleAspect is" (a null name as
-    /// "unnamed"), then "<name> lens is" with the name as given, then the angle of view in
-    /// radians, the aspect ratio, near and far with three decimals. A null name in the second
-    /// line prints as "(null)", as the C library prints a null string.
-    void debugPrint(koOS::DebugChannel& channel, const char* name = nullptr) const;
+    /// Prints the lens on `channel` (by default the library's channel) when it is enabled: "<name>
+    /// AngleAspect is" (a null name as "unnamed"), then "<name> lens is" with the name as given,
+    /// then the angle of view in radians, the aspect ratio, near and far with three decimals. A
+    /// null name in the second line prints as "(null)", as the C library prints a null string.
+    void debugPrint(koOS::DebugChannel& channel = debugChannel(), const char* name = nullptr) const;
 
 private:
     double angleOfView_ = koLinear::toRadians(55.0);

@@ -17,6 +17,7 @@
 #include "tessar/rtb/SignalClient.h"
 
 #include "geom/FormworkExport.h"
+#include "geom/entity/LibraryDebugChannel.h"
 #include "geom/spatial/BoundingBox.h"
 #include "geom/view/AngleAspect.h"
 #include "geom/view/EyeSpaceFrustum.h"
@@ -46,8 +47,8 @@ namespace koGeom {
 /// the camera and run their listeners synchronously, in connection order.
 ///
 /// Nothing reports errors: points behind the eye show only in return values (`project`,
-/// `pixelDistance`) or as −1 (`screenDepthAtPoint`), and a singular matrix inverts to whatever
-/// the linear-algebra library gives.
+/// `pixelDistance`) or as −1 (`screenDepthAtPoint`), and a singular matrix inverts to the
+/// identity, as the linear-algebra library gives it.
 class FORMWORK_EXPORT Camera {
 public:
     /// \name Signals
@@ -80,7 +81,7 @@ public:
     /// None of these emits a signal; call `update()` to announce the changes.
     /// @{
 
-    /// worldToEye = m and eyeToWorld = its inverse; dirty.
+    /// worldToEye = m and eyeToWorld = its inverse (the identity when `m` is singular); dirty.
     void setWorldToEye(const koLinear::AffineMatrix& m) noexcept;
     /// Looks from `eye` at `target` with `up` as the screen's upward direction (it need not
     /// be perpendicular to the view, only not parallel to it). Afterwards the right vector is
@@ -142,7 +143,8 @@ public:
     /// worldToClip · the viewport's view transform: after the division by w, x and y are
     /// viewport pixels and z the window depth.
     void getWorldToViewport(koLinear::ProjMatrix& m) const noexcept;
-    /// The inverse of `getWorldToViewport`.
+    /// The inverse of `getWorldToViewport`; the identity when that is singular (an empty
+    /// viewport, say).
     void getViewportToWorld(koLinear::ProjMatrix& m) const noexcept;
 
     /// The pick matrix of the pixel square of half-side radius + minimumPickRadius about
@@ -165,7 +167,9 @@ public:
     bool project(const koLinear::Point& p, koLinear::Point& out) const noexcept;
     /// `p` in pixels with rows counted from the top: (x, height − y) of its viewport image.
     koLinear::Point2 getWorldPointToViewport(const koLinear::Point& p) const noexcept;
-    /// The world point at viewport position `v` and clip-space depth `depth`.
+    /// The world point at viewport position `v` and window depth `depth` (taken back through
+    /// the inverse viewport transform and the inverse of worldToClip, the identity when that
+    /// is singular).
     void getWorldSpacePoint(const koLinear::Point2& v, double depth,
                             koLinear::Point& out) const noexcept;
     /// The world ray through viewport position `v` (pixels, y up).
@@ -224,10 +228,11 @@ public:
     /// matrix and the pick radius are not compared.
     bool equivalent(const Camera& other) const noexcept;
 
-    /// Prints the camera when `channel` is enabled: "<name> Camera is" (a null name as
-    /// "unnamed"), the viewport's and the frustum's prints with the same name, then the
-    /// world-to-eye matrix as "w2e Matrix is" and its four rows with twelve decimals.
-    void debugPrint(koOS::DebugChannel& channel, const char* name = nullptr) const;
+    /// Prints the camera on `channel` (by default the library's channel) when it is enabled:
+    /// "<name> Camera is" (a null name as "unnamed"), the viewport's and the frustum's prints with
+    /// the same name, then the world-to-eye matrix as "w2e Matrix is" and its four rows with twelve
+    /// decimals.
+    void debugPrint(koOS::DebugChannel& channel = debugChannel(), const char* name = nullptr) const;
 
 private:
     void setDirty() noexcept { dirty_ = true; }

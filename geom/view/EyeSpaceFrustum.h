@@ -6,6 +6,7 @@
 #include "tessar/os/DebugChannel.h"
 
 #include "geom/FormworkExport.h"
+#include "geom/entity/LibraryDebugChannel.h"
 
 namespace koGeom {
 
@@ -91,10 +92,10 @@ public:
     /// formulas on its orthographic matrix.
     void getAngleAspect(AngleAspect& lens) const noexcept;
 
-    /// Prints the frame and depths when `channel` is enabled: "<name> frustum is", then top,
-    /// bottom, left, right, near and far, one to a line with three decimals. A null name
-    /// prints as "unnamed".
-    void debugPrint(koOS::DebugChannel& channel, const char* name = nullptr) const;
+    /// Prints the frame and depths on `channel` (by default the library's channel) when it is
+    /// enabled: "<name> frustum is", then top, bottom, left, right, near and far, one to a line
+    /// with three decimals. A null name prints as "unnamed".
+    void debugPrint(koOS::DebugChannel& channel = debugChannel(), const char* name = nullptr) const;
 
 private:
     double left_ = -1.0;

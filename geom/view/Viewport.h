@@ -9,6 +9,7 @@
 #include "tessar/os/DebugChannel.h"
 
 #include "geom/FormworkExport.h"
+#include "geom/entity/LibraryDebugChannel.h"
 
 namespace koGeom {
 
@@ -63,9 +64,10 @@ public:
     /// `range` the ones inside the view. A side of zero size uses a factor of 1 on its axis.
     void getPickTransform(const koLinear::Range2d& range, koLinear::AffineMatrix& m) const noexcept;
 
-    /// Prints the viewport when `channel` is enabled: "<name> Viewport is", then the origin,
-    /// size and depth range with two decimals. A null name prints as "unnamed".
-    void debugPrint(koOS::DebugChannel& channel, const char* name = nullptr) const;
+    /// Prints the viewport on `channel` (by default the library's channel) when it is enabled:
+    /// "<name> Viewport is", then the origin, size and depth range with two decimals. A null name
+    /// prints as "unnamed".
+    void debugPrint(koOS::DebugChannel& channel = debugChannel(), const char* name = nullptr) const;
 
 private:
     double originX_ = 0.0;

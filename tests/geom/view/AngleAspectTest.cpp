@@ -48,7 +48,7 @@ TEST(AngleAspect, DeliberateSecondHeadingTakesTheNameAsGiven) {
     channel.setSink([&printed](std::string_view text) { printed += text; });
     channel.setEnabled(true);
     AngleAspect().debugPrint(channel, "cam");
-    AngleAspect().debugPrint(channel);
+    AngleAspect().debugPrint(); // the library's channel by default
     channel.setEnabled(false);
     channel.setSink(nullptr);
     const std::string values = "  aov 0.960\n  asp 1.000\n  nea 1.000\n  far 100.000\n";
