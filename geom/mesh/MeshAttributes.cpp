@@ -79,6 +79,7 @@ void extendRange(const float* values, int numElements, float* rangeMin, float* r
     constexpr int lanes = blockElements * width;
     const int numScanned = numElements / blockElements * blockElements;
     if (numScanned != 0) {
+        static_assert(lanes % quadLanes == 0);
         constexpr int quads = lanes / quadLanes;
         float laneMin[lanes];
         float laneMax[lanes];
