@@ -55,6 +55,19 @@ if(NOT DEFINED BUILD_DIR)
 endif()
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 
+# What the package passes on: C++20 for every target, and none of the project's own warning,
+# sanitizer or visibility settings.
+file(GLOB_RECURSE exported ${prefix}/FormworkTargets.cmake)
+file(READ "${exported}" targets)
+string(REGEX MATCHALL "INTERFACE_COMPILE_FEATURES \"cxx_std_20\"" features "${targets}")
+list(LENGTH features num_features)
+if(NOT num_features EQUAL 2)
+    message(FATAL_ERROR "${exported}: not every target requires C++20")
+endif()
+if(targets MATCHES "-W[a-z]|-fsanitize|-fvisibility|VISIBILITY")
+    message(FATAL_ERROR "${exported}: passes on a setting of the project's own build")
+endif()
+
 consume(${CONSUMER_SOURCE_DIR} ${work}/consumer consumer)
 
 formwork_write_readme_examples(${README} ${work}/readme example_dirs)
