@@ -121,7 +121,7 @@ TEST(FSAllocator, HeapFailureLeavesThePoolAsItWas) {
     EXPECT_EQ(pool.alloc(), a);
 }
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TESSAR_FSALLOCATOR_POISON)
 TEST(FSAllocatorDeathTest, ReadingAFreedElementIsReported) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(
