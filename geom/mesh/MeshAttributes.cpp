@@ -95,6 +95,8 @@ void extendRange(const float* values, int numElements, float* rangeMin, float* r
         }
         for (const float* block = values; block != values + std::ptrdiff_t{numScanned} * width;
              block += lanes) {
+            // Unrolled at every optimisation level, so that each quad stays in a register.
+#pragma GCC unroll 8
             for (int q = 0; q < quads; ++q) {
                 const Quad value = loadQuad(block + q * quadLanes);
                 quadMin[q] = lower(value, quadMin[q]);
