@@ -8,8 +8,10 @@ CMAKE_ARGS ?=
 BUILD_PACKAGES := g++ cmake make
 TEST_PACKAGES := libgtest-dev libgmock-dev
 BENCH_PACKAGES := libbenchmark-dev libpcl-dev libglm-dev
+# The second compiler, with its sanitizer runtimes, for `make asan-clang`.
+CLANG_PACKAGES := clang libclang-rt-dev
 
-.PHONY: all test asan bench build deps format clean
+.PHONY: all test asan asan-clang bench build deps format clean
 
 all: test
 
@@ -24,11 +26,13 @@ build:
 test: build
 	ctest --preset default -j $(JOBS)
 
-asan:
-	@cmake/install-packages.sh $(BUILD_PACKAGES) $(TEST_PACKAGES)
-	cmake --preset asan $(CMAKE_ARGS)
-	cmake --build --preset asan -j $(JOBS)
-	ctest --preset asan -j $(JOBS)
+# The suite under the sanitizers, built with g++ (asan) or clang (asan-clang).
+asan asan-clang:
+	@cmake/install-packages.sh $(BUILD_PACKAGES) $(TEST_PACKAGES) \
+		$(if $(filter asan-clang,$@),$(CLANG_PACKAGES))
+	cmake --preset $@ $(CMAKE_ARGS)
+	cmake --build --preset $@ -j $(JOBS)
+	ctest --preset $@ -j $(JOBS)
 
 bench:
 	@cmake/install-packages.sh $(BUILD_PACKAGES) $(BENCH_PACKAGES)

@@ -32,10 +32,12 @@ endfunction()
 
 # Makes one of the project's libraries: the target, its Formwork:: alias, the project's
 # options, and a generated export header (`<export_header>`, relative to the generated include
-# root) that marks the public surface of a shared build.
+# root) that marks the public surface of a shared build. The headers need C++20, so every
+# consumer gets it from the target; the warning, sanitizer and visibility settings stay private.
 function(formwork_add_library target export_header)
     add_library(${target})
     add_library(Formwork::${target} ALIAS ${target})
+    target_compile_features(${target} PUBLIC cxx_std_20)
     formwork_use_options(${target})
     set(header ${FORMWORK_GENERATED_INCLUDE_DIR}/${export_header})
     generate_export_header(${target} BASE_NAME ${target} EXPORT_FILE_NAME ${header})

@@ -92,6 +92,10 @@ bool BasicAffineMatrix<T>::normalMatrix(BasicAffineMatrix& out) const noexcept {
 }
 
 template class BasicAffineMatrix<double>;
-template class BasicAffineMatrix<float>;
+// The float matrix is instantiated member by member: a whole-class instantiation would also
+// compile the double-only builders with some compilers (clang 14 ignores their constraints).
+template bool BasicAffineMatrix<float>::inverse(BasicAffineMatrix&) const noexcept;
+template BasicAffineMatrix<float> BasicAffineMatrix<float>::inverse() const noexcept;
+template bool BasicAffineMatrix<float>::normalMatrix(BasicAffineMatrix&) const noexcept;
 
 } // namespace koLinear

@@ -1,8 +1,14 @@
-# Installs Formwork into a fresh temporary prefix and builds and runs the consumer against it.
+# Installs Formwork into a fresh temporary prefix, then builds and runs against it the consumer
+# in tests/install/consumer and every example marked in the README. The consumers set no
+# language standard and no flags of their own: whatever they need comes from the package.
 #
-# Variables: FORMWORK_SOURCE_DIR, CONSUMER_SOURCE_DIR, BUILD_TYPE, KIND (a label), and either
-# BUILD_DIR (install an existing build tree) or BUILD_SHARED (configure and build the libraries
-# afresh, shared when ON).
+# Variables: FORMWORK_SOURCE_DIR, CONSUMER_SOURCE_DIR, README, CXX_COMPILER, BUILD_TYPE, KIND
+# (a label), and either BUILD_DIR (install an existing build tree) or BUILD_SHARED (configure
+# and build the libraries afresh, shared when ON).
+
+cmake_minimum_required(VERSION 3.25)
+
+include(${CMAKE_CURRENT_LIST_DIR}/ReadmeExamples.cmake)
 
 function(run)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE out)
@@ -11,6 +17,19 @@ function(run)
     endif()
     set(last_output "${out}" PARENT_SCOPE)
 endfunction()
+
+# Configures, builds and runs the CMake project in `source_dir`, whose program is `program`.
+function(consume source_dir build_dir program)
+    run(${CMAKE_COMMAND} -S ${source_dir} -B ${build_dir} -DCMAKE_BUILD_TYPE=${BUILD_TYPE}
+        -DCMAKE_CXX_COMPILER=${CXX_COMPILER} -DCMAKE_PREFIX_PATH=${prefix})
+    run(${CMAKE_COMMAND} --build ${build_dir})
+    run(${build_dir}/${program})
+    message(STATUS "${program}: ${last_output}")
+endfunction()
+
+# Flags from the environment would hide a standard or option missing from the package.
+unset(ENV{CXXFLAGS})
+unset(ENV{LDFLAGS})
 
 if(DEFINED ENV{TMPDIR})
     set(temp_root $ENV{TMPDIR})
@@ -30,16 +49,30 @@ endif()
 if(NOT DEFINED BUILD_DIR)
     set(BUILD_DIR ${work}/formwork)
     run(${CMAKE_COMMAND} -S ${FORMWORK_SOURCE_DIR} -B ${BUILD_DIR}
-        -DCMAKE_BUILD_TYPE=${BUILD_TYPE} -DBUILD_SHARED_LIBS=${BUILD_SHARED}
-        -DFORMWORK_BUILD_TESTS=OFF -DFORMWORK_BUILD_BENCH=OFF)
+        -DCMAKE_BUILD_TYPE=${BUILD_TYPE} -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
+        -DBUILD_SHARED_LIBS=${BUILD_SHARED} -DFORMWORK_BUILD_TESTS=OFF -DFORMWORK_BUILD_BENCH=OFF)
     run(${CMAKE_COMMAND} --build ${BUILD_DIR} --parallel ${cores})
 endif()
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 
-run(${CMAKE_COMMAND} -S ${CONSUMER_SOURCE_DIR} -B ${work}/consumer
-    -DCMAKE_BUILD_TYPE=${BUILD_TYPE} -DCMAKE_PREFIX_PATH=${prefix})
-run(${CMAKE_COMMAND} --build ${work}/consumer)
-run(${work}/consumer/consumer)
-message(STATUS "${last_output}")
+# What the package passes on: C++20 for every target, and none of the project's own warning,
+# sanitizer or visibility settings.
+file(GLOB_RECURSE exported ${prefix}/FormworkTargets.cmake)
+file(READ "${exported}" targets)
+string(REGEX MATCHALL "INTERFACE_COMPILE_FEATURES \"cxx_std_20\"" features "${targets}")
+list(LENGTH features num_features)
+if(NOT num_features EQUAL 2)
+    message(FATAL_ERROR "${exported}: not every target requires C++20")
+endif()
+if(targets MATCHES "-W[a-z]|-fsanitize|-fvisibility|VISIBILITY")
+    message(FATAL_ERROR "${exported}: passes on a setting of the project's own build")
+endif()
+
+consume(${CONSUMER_SOURCE_DIR} ${work}/consumer consumer)
+
+formwork_write_readme_examples(${README} ${work}/readme example_dirs)
+foreach(dir IN LISTS example_dirs)
+    consume(${work}/readme/${dir} ${work}/readme-build/${dir} ${dir})
+endforeach()
 
 file(REMOVE_RECURSE ${work})

@@ -107,7 +107,8 @@ TEST(Array, CopyConstructionAdoptsTheAllocatorAssignmentKeepsItsOwn) {
     EXPECT_EQ(keyed.elements(), static_cast<int*>(recorder->get(&keyed)) + 1);
     EXPECT_EQ(keyed.elements()[1], 2);
 
-    keyed = keyed; // self-assignment changes nothing
+    const auto& same = keyed;
+    keyed = same; // self-assignment changes nothing
     EXPECT_EQ(keyed.elements()[0], 1);
 }
 

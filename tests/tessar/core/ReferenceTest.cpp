@@ -39,7 +39,8 @@ TEST(Reference, CountsHoldersAndDeletesWithTheLast) {
         first.reset();
         EXPECT_EQ(object->refs(), 1);
         EXPECT_EQ(destroyed, 0);
-        moved = moved; // self-assignment keeps the object alive
+        const ko::Reference<Tracked>& same = moved;
+        moved = same; // self-assignment keeps the object alive
         EXPECT_EQ(object->refs(), 1);
     }
     EXPECT_EQ(destroyed, 1);

@@ -121,7 +121,16 @@ TEST(FSAllocator, HeapFailureLeavesThePoolAsItWas) {
     EXPECT_EQ(pool.alloc(), a);
 }
 
+// g++ announces AddressSanitizer with a macro, clang as a feature.
 #if defined(__SANITIZE_ADDRESS__)
+#define FSALLOCATOR_TEST_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define FSALLOCATOR_TEST_ASAN 1
+#endif
+#endif
+
+#if defined(FSALLOCATOR_TEST_ASAN)
 TEST(FSAllocatorDeathTest, ReadingAFreedElementIsReported) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(
