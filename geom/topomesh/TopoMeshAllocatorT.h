@@ -29,11 +29,12 @@ public:
     /// The bytes of each block the pools take from the heap.
     static constexpr std::size_t blockSize = 0x100000;
 
-    /// Three empty pools; no block is taken yet.
+    /// Three empty pools; no block is taken yet. Records are packed at their own alignment,
+    /// so the base records take exactly their 48, 56 and 24 bytes.
     TopoMeshAllocatorT()
-        : vertices_(sizeof(VertexData), blockSize),
-          edges_(sizeof(EdgeData), blockSize),
-          faces_(sizeof(FaceData), blockSize) {
+        : vertices_(sizeof(VertexData), blockSize, alignof(VertexData)),
+          edges_(sizeof(EdgeData), blockSize, alignof(EdgeData)),
+          faces_(sizeof(FaceData), blockSize, alignof(FaceData)) {
         vertices_.setLazy();
         edges_.setLazy();
         faces_.setLazy();

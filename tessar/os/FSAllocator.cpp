@@ -8,28 +8,38 @@ namespace koOS {
 
 namespace {
 
-constexpr std::size_t slotAlignment = alignof(std::max_align_t);
 constexpr std::size_t maxSize = std::numeric_limits<std::size_t>::max();
 
-static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= slotAlignment,
+static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= alignof(std::max_align_t),
               "blocks from operator new must be aligned for any element");
+
+// The slot alignment asked for, made a power of two no smaller than the free-list link's and
+// no larger than the heap's own.
+std::size_t slotAlignmentFor(std::size_t alignment) {
+    std::size_t a = alignof(void*);
+    while (a < alignment && a < alignof(std::max_align_t)) {
+        a *= 2;
+    }
+    return a;
+}
 
 // Rounds up to the slot alignment, saturating: a size too large to round up stays huge, so
 // that the block request fails in operator new instead of wrapping round to a small one.
-constexpr std::size_t roundUpToSlot(std::size_t n) {
-    if (n > maxSize - (slotAlignment - 1)) {
+std::size_t roundUp(std::size_t n, std::size_t alignment) {
+    if (n > maxSize - (alignment - 1)) {
         return maxSize;
     }
-    return (n + slotAlignment - 1) / slotAlignment * slotAlignment;
+    return (n + alignment - 1) / alignment * alignment;
 }
 
 } // namespace
 
-FSAllocator::FSAllocator(std::size_t elementSize, std::size_t blockSize)
+FSAllocator::FSAllocator(std::size_t elementSize, std::size_t blockSize, std::size_t alignment)
     : elementSize_(std::max<std::size_t>(elementSize, 1)),
-      slotSize_(roundUpToSlot(std::max(elementSize_, sizeof(FreeSlot)))),
+      slotSize_(roundUp(std::max(elementSize_, sizeof(FreeSlot)), slotAlignmentFor(alignment))),
       elementsPerBlock_(std::max<std::size_t>(blockSize / slotSize_, 1)) {
-    const std::size_t headerSize = roundUpToSlot(sizeof(BlockHeader));
+    // The header keeps the heap's full alignment, so the slots after it start aligned too.
+    const std::size_t headerSize = roundUp(sizeof(BlockHeader), alignof(std::max_align_t));
     // elementsPerBlock_ * slotSize_ is at most max(blockSize, slotSize_), so only the header
     // can overflow the total.
     const std::size_t slotBytes = elementsPerBlock_ * slotSize_;

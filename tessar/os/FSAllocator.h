@@ -21,8 +21,10 @@ namespace koOS {
 
 /// A pool of fixed-size elements, taken from the heap a block at a time.
 ///
-/// Every element starts at a multiple of `alignof(std::max_align_t)`: its slot is the element
-/// size (at least the size of a pointer) rounded up to that alignment. A block holds
+/// Every element starts at a multiple of the pool's alignment, by default
+/// `alignof(std::max_align_t)`: its slot is the element size (at least the size of a pointer)
+/// rounded up to that alignment. A pool of records that need less (8-byte links, say) asks
+/// for their own alignment and packs them without padding. A block holds
 /// `max(1, blockSize / slotSize())` slots and is one heap request of that many slots plus a
 /// small header (`bytesPerBlock()` bytes in all). `alloc()` and `free()` are O(1) and make no
 /// heap call except when `alloc()` finds every slot in use and takes a new block. Freed
@@ -38,8 +40,10 @@ namespace koOS {
 class TESSAR_EXPORT FSAllocator {
 public:
     /// Makes a pool of `elementSize`-byte elements (0 counts as 1) and takes its first block
-    /// at once, unless `setLazy()` follows.
-    FSAllocator(std::size_t elementSize, std::size_t blockSize);
+    /// at once, unless `setLazy()` follows. `alignment` is rounded up to a power of two
+    /// between `alignof(void*)` and `alignof(std::max_align_t)`.
+    FSAllocator(std::size_t elementSize, std::size_t blockSize,
+                std::size_t alignment = alignof(std::max_align_t));
     ~FSAllocator();
 
     FSAllocator(const FSAllocator&) = delete;
@@ -53,9 +57,8 @@ public:
     /// every block is given back.
     void setLazy() noexcept;
 
-    /// An uninitialised element of `elementSize()` bytes, aligned to
-    /// `alignof(std::max_align_t)`. Throws `std::bad_alloc` if a new block is needed and the
-    /// heap has none; the pool is then unchanged.
+    /// An uninitialised element of `elementSize()` bytes, aligned to the pool's alignment. Throws
+    /// `std::bad_alloc` if a new block is needed and the heap has none; the pool is then unchanged.
     void* alloc() {
         FreeSlot* slot = freeList_;
         if (slot != nullptr) {

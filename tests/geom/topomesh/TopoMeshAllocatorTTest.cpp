@@ -51,7 +51,8 @@ void checkPools(std::size_t vertex, std::size_t edge, std::size_t face) {
         alloc.freeFace(f);
     }
     EXPECT_EQ(alloc.edgePool().elementSize(), edge);
-    EXPECT_GE(alloc.edgePool().bytesPerBlock(), std::size_t{0x100000});
+    EXPECT_EQ(alloc.edgePool().slotSize(), edge); // packed: no padding after 8-byte links
+    EXPECT_EQ(alloc.edgePool().elementsPerBlock(), std::size_t{0x100000} / edge);
     EXPECT_EQ(alloc.edgePool().numAllocated(), 0u);
     std::unique_ptr<TopoMeshAlloc> made(alloc.create());
     EXPECT_NE(dynamic_cast<Alloc*>(made.get()), nullptr);

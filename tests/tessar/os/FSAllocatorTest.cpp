@@ -21,15 +21,18 @@ TEST(FSAllocator, SlotsAndBlocksFollowTheSizes) {
     // Worked by hand with a 16-byte max_align_t and a 16-byte block header.
     ASSERT_EQ(alignof(std::max_align_t), 16u);
     struct Case {
-        std::size_t elementSize, blockSize, slotSize, elementsPerBlock;
+        std::size_t elementSize, blockSize, alignment, slotSize, elementsPerBlock;
     };
-    for (const Case& c : {Case{24, 4096, 32, 128},    // rounded up to the alignment
-                          Case{48, 4800, 48, 100},    // exactly on it: no padding
-                          Case{1, 100, 16, 6},        // a slot still holds the free-list link
-                          Case{0, 100, 16, 6},        // 0 counts as 1
-                          Case{1000, 10, 1008, 1}}) { // a block smaller than a slot holds one
+    for (const Case& c : {Case{24, 4096, 16, 32, 128},    // rounded up to the alignment
+                          Case{48, 4800, 16, 48, 100},    // exactly on it: no padding
+                          Case{1, 100, 16, 16, 6},        // a slot still holds the free-list link
+                          Case{0, 100, 16, 16, 6},        // 0 counts as 1
+                          Case{1000, 10, 16, 1008, 1},    // a block smaller than a slot holds one
+                          Case{56, 4096, 8, 56, 73},      // 8-byte records pack without padding
+                          Case{20, 4096, 4, 24, 170},     // but never below the link's alignment
+                          Case{20, 4096, 64, 32, 128}}) { // nor above the heap's
         SCOPED_TRACE(c.elementSize);
-        FSAllocator pool(c.elementSize, c.blockSize);
+        FSAllocator pool(c.elementSize, c.blockSize, c.alignment);
         EXPECT_EQ(pool.elementSize(), std::max<std::size_t>(c.elementSize, 1));
         EXPECT_EQ(pool.slotSize(), c.slotSize);
         EXPECT_EQ(pool.elementsPerBlock(), c.elementsPerBlock);
