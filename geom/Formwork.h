@@ -30,6 +30,8 @@
 #include "geom/mesh/MoveableMesh.h"
 #include "geom/mesh/PointMesh.h"
 #include "geom/spatial/BoundingBox.h"
+#include "geom/spatial/KDTree.h"
+#include "geom/spatial/Quadtree.h"
 #include "geom/spatial/Sphere.h"
 #include "geom/storage/Array.h"
 #include "geom/storage/ArrayAllocator.h"

@@ -1,0 +1,321 @@
+#include "geom/spatial/KDTree.h"
+
+#include <cstddef>
+#include <memory>
+#include <utility>
+
+namespace koGeom {
+
+namespace {
+
+constexpr int noRecord = -1;
+
+// One inserted point. Links are record numbers (-1 for none), which halves the record beside
+// pointers; the parent link lets a search climb back up without a stack.
+struct Record {
+    int left;
+    int right;
+    int parent;
+    int index;
+};
+
+int nextAxis(int axis) { return axis == 2 ? 0 : axis + 1; }
+int previousAxis(int axis) { return axis == 0 ? 2 : axis - 1; }
+
+float coordinate(const float* points, int index, int axis) {
+    return points[3 * static_cast<std::ptrdiff_t>(index) + axis];
+}
+
+bool inBox(const float* p, const float* box) {
+    return box[0] <= p[0] && p[0] <= box[3] && box[1] <= p[1] && p[1] <= box[4] && box[2] <= p[2] &&
+           p[2] <= box[5];
+}
+
+void prefetch(const void* address) {
+#if defined(__GNUC__)
+    __builtin_prefetch(address);
+#else
+    (void)address;
+#endif
+}
+
+// The records, in insertion order: record i holds the i-th inserted point and record 0 is the
+// root. Records [linked_, count_) are filed but not yet linked into the tree.
+class KDTreeImpl final : public ko::ImplBase {
+public:
+    explicit KDTreeImpl(int capacity)
+        : records_(new Record[static_cast<std::size_t>(capacity)]),
+          order_(new int[static_cast<std::size_t>(capacity)]),
+          capacity_(capacity) {}
+
+    int size() const { return count_; }
+    int capacity() const { return capacity_; }
+
+    void file(int index) {
+        Record& record = records_[count_++];
+        record.left = noRecord;
+        record.right = noRecord;
+        record.parent = noRecord;
+        record.index = index;
+    }
+
+    void link(const float* points);
+
+    // Calls visit(index) for every point in the box in pre-order until it returns true.
+    template <class Visit>
+    void walk(const float* points, const float* box, Visit&& visit) const;
+
+private:
+    // Linking works on runs of filed records kept in order_ in insertion order. While it
+    // works, a filed record's parent field holds its parent and its right field the side it
+    // hangs on (0 left, 1 right); its left field is spill space for partitioning.
+    int partition(const float* points, int first, int end, int axis, float split);
+    void route(const float* points, int first, int end, int node, int axis);
+    void routeToChild(const float* points, int first, int end, int node, int side, int axis);
+    void place(const float* points, int first, int end, int parent, int side, int axis);
+
+    void prefetchChild(const float* points, int child) const;
+
+    std::unique_ptr<Record[]> records_;
+    std::unique_ptr<int[]> order_;
+    int capacity_;
+    int count_ = 0;
+    int linked_ = 0;
+};
+
+// Splits order_[first, end) stably: the records whose point lies strictly below `split` on
+// `axis` (those that go left of a node with that coordinate) first, then the others. Returns
+// where the others start.
+int KDTreeImpl::partition(const float* points, int first, int end, int axis, float split) {
+    int* order = order_.get();
+    Record* spill = records_.get() + linked_;
+    const Record* records = records_.get();
+    int below = first;
+    int above = first;
+    for (int i = first; i < end; ++i) {
+        const int record = order[i];
+        if (i + 8 < end) {
+            prefetch(points + 3 * static_cast<std::ptrdiff_t>(records[order[i + 8]].index));
+        }
+        if (split > coordinate(points, records[record].index, axis)) {
+            order[below++] = record;
+        } else {
+            spill[above++].left = record;
+        }
+    }
+    for (int i = first; i < above; ++i) {
+        order[below + (i - first)] = spill[i].left;
+    }
+    return below;
+}
+
+// Sends the run order_[first, end) down through the linked record `node` on `axis`. Recursion
+// goes to the smaller half only, so its depth stays logarithmic in the run however deep the
+// tree is.
+void KDTreeImpl::route(const float* points, int first, int end, int node, int axis) {
+    while (first < end) {
+        const Record& record = records_[node];
+        const int middle =
+            partition(points, first, end, axis, coordinate(points, record.index, axis));
+        const int next = nextAxis(axis);
+        int side = 0;
+        if (middle - first < end - middle) {
+            routeToChild(points, first, middle, node, 0, next);
+            first = middle;
+            side = 1;
+        } else {
+            routeToChild(points, middle, end, node, 1, next);
+            end = middle;
+        }
+        const int child = side == 0 ? record.left : record.right;
+        if (child == noRecord) {
+            place(points, first, end, node, side, next);
+            return;
+        }
+        node = child;
+        axis = next;
+    }
+}
+
+void KDTreeImpl::routeToChild(const float* points, int first, int end, int node, int side,
+                              int axis) {
+    const int child = side == 0 ? records_[node].left : records_[node].right;
+    if (child == noRecord) {
+        place(points, first, end, node, side, axis);
+    } else {
+        route(points, first, end, child, axis);
+    }
+}
+
+// Builds the run order_[first, end) as a new subtree hanging on `side` of `parent`: the run's
+// first record is its root, and the rest split by its coordinate on `axis`.
+void KDTreeImpl::place(const float* points, int first, int end, int parent, int side, int axis) {
+    while (first < end) {
+        const int root = order_[first];
+        records_[root].parent = parent;
+        records_[root].right = side;
+        const int middle =
+            partition(points, first + 1, end, axis, coordinate(points, records_[root].index, axis));
+        const int next = nextAxis(axis);
+        if (middle - (first + 1) < end - middle) {
+            place(points, first + 1, middle, root, 0, next);
+            first = middle;
+            side = 1;
+        } else {
+            place(points, middle, end, root, 1, next);
+            first = first + 1;
+            end = middle;
+            side = 0;
+        }
+        parent = root;
+        axis = next;
+    }
+}
+
+// Links the filed records into the tree. Each lands where inserting the filed records one by
+// one, in insertion order, would put it: a run that reaches an empty child slot is exactly the
+// sequence of points that would arrive there, and its first point takes the slot.
+void KDTreeImpl::link(const float* points) {
+    const int first = linked_;
+    const int numFiled = count_ - first;
+    if (numFiled == 0) {
+        return;
+    }
+    for (int i = 0; i < numFiled; ++i) {
+        order_[i] = first + i;
+    }
+    if (first == 0) {
+        place(points, 0, numFiled, noRecord, 0, 0);
+    } else {
+        route(points, 0, numFiled, 0, 0);
+    }
+    // A parent always precedes its children in insertion order, so clearing each record's
+    // links before its children attach themselves is safe.
+    for (int i = first; i < count_; ++i) {
+        Record& record = records_[i];
+        const int parent = record.parent;
+        const int side = record.right;
+        record.left = noRecord;
+        record.right = noRecord;
+        if (parent != noRecord) {
+            (side == 0 ? records_[parent].left : records_[parent].right) = i;
+        }
+    }
+    linked_ = count_;
+}
+
+// Asks for the record of `child` and its point ahead of the visit: the walk is a chain of
+// dependent loads, and fetching the next level early overlaps their latency.
+void KDTreeImpl::prefetchChild(const float* points, int child) const {
+    const Record& record = records_[child];
+    prefetch(points + 3 * static_cast<std::ptrdiff_t>(record.index));
+    if (record.left != noRecord) {
+        prefetch(&records_[record.left]);
+    }
+    if (record.right != noRecord) {
+        prefetch(&records_[record.right]);
+    }
+}
+
+template <class Visit>
+void KDTreeImpl::walk(const float* points, const float* box, Visit&& visit) const {
+    if (count_ == 0) {
+        return;
+    }
+    const Record* records = records_.get();
+    int node = 0;
+    int axis = 0;
+    for (;;) {
+        const Record& record = records[node];
+        if (record.left != noRecord) {
+            prefetchChild(points, record.left);
+        }
+        if (record.right != noRecord) {
+            prefetchChild(points, record.right);
+        }
+        const float* p = points + 3 * static_cast<std::ptrdiff_t>(record.index);
+        if (inBox(p, box) && visit(record.index)) {
+            return;
+        }
+        const float split = p[axis];
+        if (record.left != noRecord && split >= box[axis]) {
+            node = record.left;
+            axis = nextAxis(axis);
+            continue;
+        }
+        if (record.right != noRecord && box[axis + 3] >= split) {
+            node = record.right;
+            axis = nextAxis(axis);
+            continue;
+        }
+        // Climb to the nearest ancestor left from its left side whose right subtree the box
+        // reaches; the walk ends back at the root.
+        for (;;) {
+            if (node == 0) {
+                return;
+            }
+            const int child = node;
+            node = records[child].parent;
+            axis = previousAxis(axis);
+            const Record& up = records[node];
+            if (up.left == child && up.right != noRecord &&
+                box[axis + 3] >= coordinate(points, up.index, axis)) {
+                node = up.right;
+                axis = nextAxis(axis);
+                break;
+            }
+        }
+    }
+}
+
+KDTreeImpl* implOf(ko::ImplBase* impl) { return static_cast<KDTreeImpl*>(impl); }
+
+// Links what was filed since the last search, then returns the tree ready to walk.
+KDTreeImpl& linkedImpl(ko::ImplBase* impl, const float* points) {
+    KDTreeImpl& tree = *implOf(impl);
+    tree.link(points);
+    return tree;
+}
+
+} // namespace
+
+KDTree::KDTree(int capacity) : impl_(new KDTreeImpl(capacity)), owning_(true) {}
+
+KDTree::~KDTree() {
+    if (owning_) {
+        delete impl_;
+    }
+}
+
+KDTree::KDTree(KDTree&& other) noexcept
+    : impl_(std::exchange(other.impl_, nullptr)), owning_(std::exchange(other.owning_, false)) {}
+
+KDTree& KDTree::operator=(KDTree&& other) noexcept {
+    std::swap(impl_, other.impl_);
+    std::swap(owning_, other.owning_);
+    return *this;
+}
+
+void KDTree::insert(const float*, int index) noexcept { implOf(impl_)->file(index); }
+
+int KDTree::search(const float* points, const float* box) const noexcept {
+    int found = -1;
+    linkedImpl(impl_, points).walk(points, box, [&found](int index) {
+        found = index;
+        return true;
+    });
+    return found;
+}
+
+void KDTree::searchAll(const float* points, const float* box, std::vector<int>& out) const {
+    linkedImpl(impl_, points).walk(points, box, [&out](int index) {
+        out.push_back(index);
+        return false;
+    });
+}
+
+int KDTree::size() const noexcept { return implOf(impl_)->size(); }
+
+int KDTree::capacity() const noexcept { return implOf(impl_)->capacity(); }
+
+} // namespace koGeom
