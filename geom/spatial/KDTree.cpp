@@ -39,8 +39,14 @@ void prefetch(const void* address) {
 #endif
 }
 
-// The records, in insertion order: record i holds the i-th inserted point and record 0 is the
-// root. Records [linked_, count_) are filed but not yet linked into the tree.
+// The records of the points. Record 0 is the root. Records [0, linked_) are linked into the
+// tree; records [linked_, count_) are filed, in insertion order, waiting to be linked.
+//
+// Records are kept with every parent before its children. Linking a run of filed points builds
+// each new subtree in pre-order in consecutive records, so a walk down the tree reads nearby
+// memory; and when at least as many points were filed as were linked before, the whole tree is
+// rebuilt in pre-order from its records taken in their order (parents first, so the same tree
+// results), which costs O(log n) a point over the tree's life.
 class KDTreeImpl final : public ko::ImplBase {
 public:
     explicit KDTreeImpl(int capacity)
@@ -51,13 +57,7 @@ public:
     int size() const { return count_; }
     int capacity() const { return capacity_; }
 
-    void file(int index) {
-        Record& record = records_[count_++];
-        record.left = noRecord;
-        record.right = noRecord;
-        record.parent = noRecord;
-        record.index = index;
-    }
+    void file(int index) { records_[count_++].index = index; }
 
     void link(const float* points);
 
@@ -66,9 +66,9 @@ public:
     void walk(const float* points, const float* box, Visit&& visit) const;
 
 private:
-    // Linking works on runs of filed records kept in order_ in insertion order. While it
-    // works, a filed record's parent field holds its parent and its right field the side it
-    // hangs on (0 left, 1 right); its left field is spill space for partitioning.
+    // Linking works on a run of point indices in order_, parents (or earlier insertions)
+    // first; run position p becomes record base_ + p. While a run is split, the left fields
+    // of the records it will fill are spill space.
     int partition(const float* points, int first, int end, int axis, float split);
     void route(const float* points, int first, int end, int node, int axis);
     void routeToChild(const float* points, int first, int end, int node, int side, int axis);
@@ -81,26 +81,26 @@ private:
     int capacity_;
     int count_ = 0;
     int linked_ = 0;
+    int base_ = 0;
 };
 
-// Splits order_[first, end) stably: the records whose point lies strictly below `split` on
-// `axis` (those that go left of a node with that coordinate) first, then the others. Returns
-// where the others start.
+// Splits order_[first, end) stably: the points strictly below `split` on `axis` (those that
+// go left of a node with that coordinate) first, then the others. Returns where the others
+// start.
 int KDTreeImpl::partition(const float* points, int first, int end, int axis, float split) {
     int* order = order_.get();
-    Record* spill = records_.get() + linked_;
-    const Record* records = records_.get();
+    Record* spill = records_.get() + base_;
     int below = first;
     int above = first;
     for (int i = first; i < end; ++i) {
-        const int record = order[i];
-        if (i + 8 < end) {
-            prefetch(points + 3 * static_cast<std::ptrdiff_t>(records[order[i + 8]].index));
+        const int index = order[i];
+        if (i + 16 < end) {
+            prefetch(points + 3 * static_cast<std::ptrdiff_t>(order[i + 16]));
         }
-        if (split > coordinate(points, records[record].index, axis)) {
-            order[below++] = record;
+        if (split > coordinate(points, index, axis)) {
+            order[below++] = index;
         } else {
-            spill[above++].left = record;
+            spill[above++].left = index;
         }
     }
     for (int i = first; i < above; ++i) {
@@ -114,9 +114,8 @@ int KDTreeImpl::partition(const float* points, int first, int end, int axis, flo
 // tree is.
 void KDTreeImpl::route(const float* points, int first, int end, int node, int axis) {
     while (first < end) {
-        const Record& record = records_[node];
         const int middle =
-            partition(points, first, end, axis, coordinate(points, record.index, axis));
+            partition(points, first, end, axis, coordinate(points, records_[node].index, axis));
         const int next = nextAxis(axis);
         int side = 0;
         if (middle - first < end - middle) {
@@ -127,7 +126,7 @@ void KDTreeImpl::route(const float* points, int first, int end, int node, int ax
             routeToChild(points, middle, end, node, 1, next);
             end = middle;
         }
-        const int child = side == 0 ? record.left : record.right;
+        const int child = side == 0 ? records_[node].left : records_[node].right;
         if (child == noRecord) {
             place(points, first, end, node, side, next);
             return;
@@ -147,59 +146,52 @@ void KDTreeImpl::routeToChild(const float* points, int first, int end, int node,
     }
 }
 
-// Builds the run order_[first, end) as a new subtree hanging on `side` of `parent`: the run's
-// first record is its root, and the rest split by its coordinate on `axis`.
+// Builds the run order_[first, end) as a new subtree hanging on `side` of record `parent`
+// (none for the root): the run's first point is its root, and the rest split by the root's
+// coordinate on `axis` into the left run and the right run, which follow it in pre-order.
 void KDTreeImpl::place(const float* points, int first, int end, int parent, int side, int axis) {
+    if (first < end && parent != noRecord) {
+        (side == 0 ? records_[parent].left : records_[parent].right) = base_ + first;
+    }
     while (first < end) {
-        const int root = order_[first];
-        records_[root].parent = parent;
-        records_[root].right = side;
-        const int middle =
-            partition(points, first + 1, end, axis, coordinate(points, records_[root].index, axis));
+        const int index = order_[first];
+        const int middle = partition(points, first + 1, end, axis, coordinate(points, index, axis));
+        const int root = base_ + first;
+        Record& record = records_[root];
+        record.left = middle > first + 1 ? root + 1 : noRecord;
+        record.right = end > middle ? base_ + middle : noRecord;
+        record.parent = parent;
+        record.index = index;
         const int next = nextAxis(axis);
         if (middle - (first + 1) < end - middle) {
             place(points, first + 1, middle, root, 0, next);
             first = middle;
-            side = 1;
         } else {
             place(points, middle, end, root, 1, next);
             first = first + 1;
             end = middle;
-            side = 0;
         }
         parent = root;
         axis = next;
     }
 }
 
-// Links the filed records into the tree. Each lands where inserting the filed records one by
-// one, in insertion order, would put it: a run that reaches an empty child slot is exactly the
+// Links the filed points into the tree. Each lands where inserting the points one by one, in
+// insertion order, would put it: a run that reaches an empty child slot is exactly the
 // sequence of points that would arrive there, and its first point takes the slot.
 void KDTreeImpl::link(const float* points) {
-    const int first = linked_;
-    const int numFiled = count_ - first;
+    const int numFiled = count_ - linked_;
     if (numFiled == 0) {
         return;
     }
-    for (int i = 0; i < numFiled; ++i) {
-        order_[i] = first + i;
+    base_ = numFiled >= linked_ ? 0 : linked_;
+    for (int i = base_; i < count_; ++i) {
+        order_[i - base_] = records_[i].index;
     }
-    if (first == 0) {
-        place(points, 0, numFiled, noRecord, 0, 0);
+    if (base_ == 0) {
+        place(points, 0, count_, noRecord, 0, 0);
     } else {
         route(points, 0, numFiled, 0, 0);
-    }
-    // A parent always precedes its children in insertion order, so clearing each record's
-    // links before its children attach themselves is safe.
-    for (int i = first; i < count_; ++i) {
-        Record& record = records_[i];
-        const int parent = record.parent;
-        const int side = record.right;
-        record.left = noRecord;
-        record.right = noRecord;
-        if (parent != noRecord) {
-            (side == 0 ? records_[parent].left : records_[parent].right) = i;
-        }
     }
     linked_ = count_;
 }
