@@ -32,6 +32,7 @@
 #include "geom/spatial/BoundingBox.h"
 #include "geom/spatial/KDTree.h"
 #include "geom/spatial/Quadtree.h"
+#include "geom/spatial/QuadtreeIterator.h"
 #include "geom/spatial/Sphere.h"
 #include "geom/storage/Array.h"
 #include "geom/storage/ArrayAllocator.h"

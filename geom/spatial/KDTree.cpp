@@ -283,8 +283,9 @@ KDTree::KDTree(KDTree&& other) noexcept
     : impl_(std::exchange(other.impl_, nullptr)), owning_(std::exchange(other.owning_, false)) {}
 
 KDTree& KDTree::operator=(KDTree&& other) noexcept {
-    std::swap(impl_, other.impl_);
-    std::swap(owning_, other.owning_);
+    KDTree taken(std::move(other));
+    std::swap(impl_, taken.impl_);
+    std::swap(owning_, taken.owning_);
     return *this;
 }
 

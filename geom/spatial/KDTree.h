@@ -20,17 +20,21 @@ namespace koGeom {
 /// coordinate is strictly greater than its own, otherwise right, so equal coordinates go
 /// right. The first point inserted is the root. There is no removal and no rebalancing: points
 /// inserted in a sorted order make a deep tree, and n coincident points make a chain of depth
-/// n (each insertion then costs O(n)).
+/// n (placing them costs O(n^2), as it does one by one).
 ///
-/// Every node record is allocated once, by the constructor, for `capacity` points; insertion
-/// and search make no heap request (only `searchAll`'s output vector grows). Inserting more
-/// points than the capacity is the caller's error and is not detected.
+/// Every node record is allocated once, by the constructor, for `capacity` points (20 bytes a
+/// point: the record and a slot of working space); insertion and search make no heap request
+/// (only `searchAll`'s output vector grows). Inserting more points than the capacity is the
+/// caller's error and is not detected.
 ///
-/// Cost: `insert` is O(1); it files the point, and the first search after a run of insertions
-/// links the filed points into the tree in one pass over them per level they descend (the same
-/// tree as linking each point on its own, built with sequential memory access). After that
-/// pass a search only reads the tree, walking without recursion or a stack, so a deep tree
-/// costs no call stack. The tree is used from one thread at a time, including its searches.
+/// Cost: `insert` is O(1): it files the point. The first search after a run of insertions links
+/// the filed points into the tree, each landing exactly where inserting it on its own would
+/// put it, in one sequential pass over the filed points per level they descend; a run at least
+/// as long as the tree so far rebuilds the whole tree that way (O(n log n) for spread points),
+/// so over a tree's life linking costs O(log n) a spread point. Linking lays each subtree out in
+/// consecutive records. Searches then only read the tree, and walk it without recursion or a
+/// stack, so even a chain of coincident points costs no call stack. The tree is used from one
+/// thread at a time, including its searches.
 ///
 /// A handle owns its tree; it is moved, never copied. A moved-from handle owns nothing and may
 /// only be destroyed or assigned to.
