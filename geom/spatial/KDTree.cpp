@@ -10,8 +10,8 @@ namespace {
 
 constexpr int noRecord = -1;
 
-// One inserted point. Links are record numbers (-1 for none), which halves the record beside
-// pointers; the parent link lets a search climb back up without a stack.
+// One inserted point. Links are record numbers (-1 for none), half the size of pointers; the
+// parent link lets a search climb back up without a stack.
 struct Record {
     int left;
     int right;
@@ -240,8 +240,8 @@ void KDTreeImpl::walk(const float* points, const float* box, Visit&& visit) cons
             axis = nextAxis(axis);
             continue;
         }
-        // Climb to the nearest ancestor left from its left side whose right subtree the box
-        // reaches; the walk ends back at the root.
+        // Climb to the nearest ancestor that was left through its left child and whose right
+        // subtree the box reaches; the walk ends when it climbs back to the root.
         for (;;) {
             if (node == 0) {
                 return;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <memory>
 
@@ -45,7 +46,7 @@ Quadtree::Node* newLeaf(int first, int end) {
 }
 
 // Both equal, or both NaN: two such values fall on the same side of every centre.
-bool sameSide(float a, float b) { return a == b || (a != a && b != b); }
+bool sameSide(float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 
 bool sameCell2D(const BoundingBox& a, const BoundingBox& b) {
     const koLinear::PointFlt aMin = a.minPt();
