@@ -11,7 +11,7 @@ namespace {
 constexpr int noRecord = -1;
 
 // One inserted point. Links are record numbers (-1 for none), half the size of pointers; the
-// parent link lets a search climb back up without a stack.
+// parent link lets a search climb back up where its stack would overflow.
 struct Record {
     int left;
     int right;
@@ -26,12 +26,15 @@ float coordinate(const float* points, int index, int axis) {
     return points[3 * static_cast<std::ptrdiff_t>(index) + axis];
 }
 
+// All six comparisons, without branching between them.
 bool inBox(const float* p, const float* box) {
-    return box[0] <= p[0] && p[0] <= box[3] && box[1] <= p[1] && p[1] <= box[4] && box[2] <= p[2] &&
-           p[2] <= box[5];
+    return (box[0] <= p[0]) & (p[0] <= box[3]) & (box[1] <= p[1]) & (p[1] <= box[4]) &
+           (box[2] <= p[2]) & (p[2] <= box[5]);
 }
 
-void prefetch(const void* address) {
+// Always inlined: GCC takes a function that only prefetches for one without effect, and drops
+// its calls before inlining them.
+[[gnu::always_inline]] inline void prefetch(const void* address) {
 #if defined(__GNUC__)
     __builtin_prefetch(address);
 #else
@@ -74,7 +77,11 @@ private:
     void routeToChild(const float* points, int first, int end, int node, int side, int axis);
     void place(const float* points, int first, int end, int parent, int side, int axis);
 
-    void prefetchChild(const float* points, int child) const;
+    // Walks on from `node`, climbing the parent links instead of keeping a stack.
+    template <class Visit>
+    void climbingWalk(const float* points, const float* box, int node, int axis,
+                      Visit&& visit) const;
+    [[gnu::always_inline]] void prefetchPoint(const float* points, int record) const;
 
     std::unique_ptr<Record[]> records_;
     std::unique_ptr<int[]> order_;
@@ -196,35 +203,69 @@ void KDTreeImpl::link(const float* points) {
     linked_ = count_;
 }
 
-// Asks for the record of `child` and its point ahead of the visit: the walk is a chain of
-// dependent loads, and fetching the next level early overlaps their latency.
-void KDTreeImpl::prefetchChild(const float* points, int child) const {
-    const Record& record = records_[child];
-    prefetch(points + 3 * static_cast<std::ptrdiff_t>(record.index));
-    if (record.left != noRecord) {
-        prefetch(&records_[record.left]);
-    }
-    if (record.right != noRecord) {
-        prefetch(&records_[record.right]);
+// Asks for a child's point ahead of its visit: the walk is a chain of dependent loads, and
+// fetching the next level's points early overlaps their latency.
+inline void KDTreeImpl::prefetchPoint(const float* points, int record) const {
+    if (record != noRecord) {
+        prefetch(points + 3 * static_cast<std::ptrdiff_t>(records_[record].index));
     }
 }
 
+// Pre-order with a small stack of right subtrees still to walk. Where it would overflow (a
+// deep tree and a large box), the walk goes on climbing parent links, which reach every
+// subtree the stack held.
 template <class Visit>
 void KDTreeImpl::walk(const float* points, const float* box, Visit&& visit) const {
     if (count_ == 0) {
         return;
     }
-    const Record* records = records_.get();
+    struct Pending {
+        int node;
+        int axis;
+    };
+    constexpr int stackSize = 64;
+    Pending pending[stackSize];
+    int numPending = 0;
     int node = 0;
     int axis = 0;
     for (;;) {
-        const Record& record = records[node];
-        if (record.left != noRecord) {
-            prefetchChild(points, record.left);
+        const Record& record = records_[node];
+        prefetchPoint(points, record.left);
+        prefetchPoint(points, record.right);
+        const float* p = points + 3 * static_cast<std::ptrdiff_t>(record.index);
+        if (inBox(p, box) && visit(record.index)) {
+            return;
         }
-        if (record.right != noRecord) {
-            prefetchChild(points, record.right);
+        // Both ways are chosen without branching on the coordinate, which is unpredictable.
+        const float split = p[axis];
+        const int next = nextAxis(axis);
+        const bool left = (record.left != noRecord) & (split >= box[axis]);
+        const bool right = (record.right != noRecord) & (box[axis + 3] >= split);
+        if (left & right) {
+            if (numPending == stackSize) {
+                climbingWalk(points, box, record.left, next, visit);
+                return;
+            }
+            pending[numPending++] = {record.right, next};
         }
+        if (left | right) {
+            node = left ? record.left : record.right;
+            axis = next;
+        } else if (numPending > 0) {
+            --numPending;
+            node = pending[numPending].node;
+            axis = pending[numPending].axis;
+        } else {
+            return;
+        }
+    }
+}
+
+template <class Visit>
+void KDTreeImpl::climbingWalk(const float* points, const float* box, int node, int axis,
+                              Visit&& visit) const {
+    for (;;) {
+        const Record& record = records_[node];
         const float* p = points + 3 * static_cast<std::ptrdiff_t>(record.index);
         if (inBox(p, box) && visit(record.index)) {
             return;
@@ -247,9 +288,9 @@ void KDTreeImpl::walk(const float* points, const float* box, Visit&& visit) cons
                 return;
             }
             const int child = node;
-            node = records[child].parent;
+            node = records_[child].parent;
             axis = previousAxis(axis);
-            const Record& up = records[node];
+            const Record& up = records_[node];
             if (up.left == child && up.right != noRecord &&
                 box[axis + 3] >= coordinate(points, up.index, axis)) {
                 node = up.right;

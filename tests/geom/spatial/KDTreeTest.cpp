@@ -65,27 +65,30 @@ TEST(KDTree, EqualCoordinatesGoRightAndBoundaryCounts) {
     EXPECT_EQ(tree.search(points, std::vector<float>{0.1f, 0.4f, 0, 0.3f, 0.6f, 0}.data()), 2);
 }
 
-// Uniform, on a coarse grid (many equal coordinates), coincident, and sorted clouds, inserted
-// in runs of random length; after each run (which the next search links onto the tree
-// so far, allocating nothing) random boxes are checked against the model and a brute-force
-// scan.
+// Uniform, on a coarse grid (many equal coordinates), coincident, sorted and caterpillar
+// clouds, inserted in runs of random length; after each run (which the next search links onto
+// the tree so far, allocating nothing) random boxes are checked against the model and a
+// brute-force scan. The last two go in in order: the sorted cloud makes a chain, the
+// caterpillar a left chain with a right leaf on every node, deeper than the walk's stack.
 TEST(KDTree, MatchesInsertionModelOnRandomClouds) {
-    for (int cloud = 0; cloud < 4; ++cloud) {
+    for (int cloud = 0; cloud < 5; ++cloud) {
         SCOPED_TRACE(testing::Message() << "cloud " << cloud);
         std::mt19937 random(cloud + 1);
         const int n = cloud == 0 ? 20000 : 1500;
         std::vector<float> points(3 * n);
         for (int i = 0; i < 3 * n; ++i) {
+            const int k = i / 3 % (n / 2);
             points[i] = cloud == 0   ? std::uniform_real_distribution<float>(0, 1)(random)
                         : cloud == 1 ? static_cast<float>(random() % 5) / 4
                         : cloud == 2 ? 0.25f
-                                     : static_cast<float>(i / 3) / n;
+                        : cloud == 3 ? static_cast<float>(i / 3) / n
+                                     : 1 - (k - (i / 3 < n / 2 ? 0 : 0.25f)) / (n / 2);
         }
         std::vector<int> order(n);
         for (int i = 0; i < n; ++i) {
             order[i] = i;
         }
-        if (cloud != 3) { // The sorted cloud goes in in order: a chain of depth n.
+        if (cloud < 3) {
             std::shuffle(order.begin(), order.end(), random);
         }
         KDTree tree(n);
@@ -104,7 +107,9 @@ TEST(KDTree, MatchesInsertionModelOnRandomClouds) {
             for (int q = 0; q < 30; ++q) {
                 float box[6];
                 for (int a = 0; a < 3; ++a) {
-                    box[a] = std::uniform_real_distribution<float>(-0.1f, 1.0f)(random);
+                    // Every third box holds the whole cloud.
+                    box[a] = q % 3 == 0 ? std::uniform_real_distribution<float>(-0.2f, 0)(random)
+                                        : std::uniform_real_distribution<float>(-0.1f, 1)(random);
                     box[a + 3] = box[a] + (q % 3 == 0 ? 1.2f : 0.1f);
                 }
                 std::vector<int> expected;
