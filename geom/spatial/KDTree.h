@@ -32,9 +32,9 @@ namespace koGeom {
 /// put it, in one sequential pass over the filed points per level they descend; a run at least
 /// as long as the tree so far rebuilds the whole tree that way (O(n log n) for spread points),
 /// so over a tree's life linking costs O(log n) a spread point. Linking lays each subtree out in
-/// consecutive records. Searches then only read the tree, and walk it without recursion or a
-/// stack, so even a chain of coincident points costs no call stack. The tree is used from one
-/// thread at a time, including its searches.
+/// consecutive records. Searches then only read the tree; they walk it without recursion, with
+/// a fixed stack of 64 pending subtrees and parent links beyond it, so no tree, however deep,
+/// costs call stack. The tree is used from one thread at a time, including its searches.
 ///
 /// A handle owns its tree; it is moved, never copied. A moved-from handle owns nothing and may
 /// only be destroyed or assigned to.
