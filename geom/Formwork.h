@@ -53,6 +53,8 @@
 #include "geom/topomesh/TopoMeshHandles.h"
 #include "geom/topomesh/TopoMeshHeader.h"
 #include "geom/topomesh/TopoMeshImpl.h"
+#include "geom/topomesh/TopoMeshModification.h"
 #include "geom/topomesh/TopoMeshPoint.h"
 #include "geom/topomesh/TopoMeshRecords.h"
+#include "geom/topomesh/TopoMeshState.h"
 #include "geom/topomesh/TopoMeshTypedefs.h"

@@ -5,13 +5,18 @@
 #include <memory>
 
 #include "tessar/core/Containers.h"
+#include "tessar/core/Reference.h"
 #include "tessar/linear/Point.h"
 
 #include "geom/FormworkExport.h"
 #include "geom/entity/Entity.h"
 #include "geom/topomesh/TopoMeshAlloc.h"
+#include "geom/topomesh/TopoMeshEntity.h"
 #include "geom/topomesh/TopoMeshHandles.h"
 #include "geom/topomesh/TopoMeshImpl.h"
+#include "geom/topomesh/TopoMeshModification.h"
+#include "geom/topomesh/TopoMeshState.h"
+#include "geom/topomesh/TopoMeshTypedefs.h"
 
 namespace koGeom {
 
@@ -22,6 +27,13 @@ namespace koGeom {
 /// The mesh owns its body (`getImpl()`), its allocator and, through the allocator's pools,
 /// every record; its handles own nothing and dangle once their record is freed. No edit
 /// sends a notice by itself: the caller announces its edits through `modified`.
+///
+/// Transactions. After `enableTransactions()` the mesh records every change its editing
+/// operations make (see the recording rule in `TopoMeshImpl`), `createState()` saves the
+/// changes since the last saved state as a new state, and `setState` brings the mesh back or
+/// forth to any saved state by swapping record contents. The states form a tree: a state
+/// saved after going back starts a new branch. While transactions are on, freed records stay
+/// out of the allocator for as long as a saved state may need them.
 ///
 /// A mesh is used from one thread at a time.
 class FORMWORK_EXPORT TopoMesh : public Entity {
@@ -241,6 +253,41 @@ public:
     /// face, with the vertex between them, joining the other face into `e1`'s face. Nothing
     /// when the edges are not so placed.
     void mergeFaces(TopoMeshEdge e1, TopoMeshEdge e2) { impl_->mergeFaces(e1, e2); }
+    /// @}
+
+    /// \name Transactions and notices
+    /// @{
+
+    /// Starts recording, with a root state of the mesh as it stands, current. Recording
+    /// cannot be turned off again short of destroying the mesh; a second call does nothing.
+    void enableTransactions() { impl_->enableTransactions(); }
+    bool transactionsEnabled() const noexcept { return impl_->isRecording(); }
+
+    /// Saves the changes since the current state as a new child state of it, which becomes
+    /// current, and returns it; with no change pending, returns the current state. A null
+    /// reference while transactions are off. O(changes).
+    ko::Reference<TopoMeshState> createState() { return impl_->createState(); }
+
+    /// Brings the mesh to `state` along the tree, through the nearest common ancestor of the
+    /// current state and `state`, and makes it current; the previous current state is dropped
+    /// if nothing references it. Changes pending since the last saved state are neither saved
+    /// nor undone: call `createState()` first. Nothing happens while transactions are off, or
+    /// for a null state or a state of another mesh. Handles to records that do not exist in
+    /// `state` dangle (their records are kept for the states that have them). O(changes on
+    /// the path).
+    void setState(ko::Reference<TopoMeshState> state) { impl_->setState(state); }
+
+    /// Clears `changes` and fills it with one pair per record changed since the current state:
+    /// its entity and what happened to it (created wins over a later modification). Returns
+    /// the number of pairs; 0 while transactions are off.
+    int getChanges(
+        ko::unordered_map<TopoMeshEntity, TopoMeshTypedefs::BulletinType>& changes) const {
+        return impl_->getChanges(changes);
+    }
+
+    /// Tells the listeners of `modifiedSignal` about `notice`, synchronously, in connection
+    /// order.
+    void modified(TopoMeshModification& notice) { sendMessage(notice); }
     /// @}
 
 private:

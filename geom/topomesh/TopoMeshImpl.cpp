@@ -1,6 +1,7 @@
 #include "geom/topomesh/TopoMeshImpl.h"
 
 #include "geom/topomesh/detail/TopoMeshRecorder.h"
+#include "geom/topomesh/detail/TopoMeshStateImpl.h"
 
 namespace koGeom {
 
@@ -109,6 +110,35 @@ void TopoMeshImpl::freeFaceRecord(TopoMeshFace face) {
         allocator_->freeFace(face);
     }
     --header_.numFaces;
+}
+
+void TopoMeshImpl::enableTransactions() {
+    if (recorder_ == nullptr) {
+        recorder_ = new detail::TopoMeshRecorder(allocator_, &header_);
+    }
+}
+
+ko::Reference<TopoMeshState> TopoMeshImpl::createState() {
+    if (recorder_ == nullptr) {
+        return nullptr;
+    }
+    return ko::Reference<TopoMeshState>(recorder_->createState());
+}
+
+void TopoMeshImpl::setState(const ko::Reference<TopoMeshState>& state) {
+    // A state of another mesh, or of no mesh any longer, is not a place this mesh can go.
+    if (recorder_ == nullptr || !state || state->recorder_ != recorder_) {
+        return;
+    }
+    recorder_->setState(static_cast<detail::TopoMeshStateImpl*>(state.get()));
+}
+
+int TopoMeshImpl::getChanges(ko::unordered_map<TopoMeshEntity, BulletinType>& changes) const {
+    if (recorder_ == nullptr) {
+        changes.clear();
+        return 0;
+    }
+    return recorder_->getChanges(changes);
 }
 
 } // namespace koGeom

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tessar/core/Containers.h"
+#include "tessar/core/Reference.h"
 #include "tessar/linear/Point.h"
 
 #include "geom/FormworkExport.h"
@@ -8,6 +9,7 @@
 #include "geom/topomesh/TopoMeshEntity.h"
 #include "geom/topomesh/TopoMeshHandles.h"
 #include "geom/topomesh/TopoMeshHeader.h"
+#include "geom/topomesh/TopoMeshState.h"
 #include "geom/topomesh/TopoMeshTypedefs.h"
 
 namespace koGeom {
@@ -139,6 +141,15 @@ public:
     void deleteValenceTwoVertex(TopoMeshVertex vertex);
     /// @}
 
+    /// \name Transactions
+    /// See `TopoMesh`, which forwards here.
+    /// @{
+    void enableTransactions();
+    ko::Reference<TopoMeshState> createState();
+    void setState(const ko::Reference<TopoMeshState>& state);
+    int getChanges(ko::unordered_map<TopoMeshEntity, BulletinType>& changes) const;
+    /// @}
+
 private:
     // The loop of a new face over `count` vertices: the face, then one half-edge per vertex
     // in order, linked, each vertex without a first edge given its half-edge, then each
@@ -155,7 +166,6 @@ private:
     void setFace(TopoMeshEdgeData* edge, TopoMeshFaceData* face);
     void setVertexEdge(TopoMeshVertexData* vertex, TopoMeshEdgeData* edge);
     void setFaceEdge(TopoMeshFaceData* face, TopoMeshEdgeData* edge);
-    void link(TopoMeshEdgeData* from, TopoMeshEdgeData* to);
     // For a half-edge about to go: when its origin's first edge is it, the first other
     // half-edge of the origin's fan, or null.
     void repairFirstEdge(TopoMeshEdgeData* edge);

@@ -53,13 +53,6 @@ void TopoMeshImpl::setFaceEdge(F* face, E* edge) {
     }
 }
 
-void TopoMeshImpl::link(E* from, E* to) {
-    touch(from);
-    from->next = to;
-    touch(to);
-    to->prev = from;
-}
-
 void TopoMeshImpl::repairFirstEdge(E* edge) {
     V* vertex = edge->vertex;
     if (vertex->firstEdge != edge) {
