@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -133,6 +134,29 @@ TEST(TopoMeshEditRandom, EverySequenceOfValidEditsKeepsTheLinksSound) {
             }
         }
         EXPECT_EQ(applied, 400);
+    }
+}
+
+// Random edits with transactions on, a state saved every 40 edits: visiting the saved states
+// in a shuffled order gives each back as it was, which holds only if every edit reported
+// every record it touched.
+TEST(TopoMeshEditRandom, SavedStatesComeBackAfterRandomEdits) {
+    TopoMesh mesh;
+    koGeomTest::buildTopoMesh(mesh, koGeomTest::torus(10, 8));
+    mesh.enableTransactions();
+    std::vector<std::pair<ko::Reference<TopoMeshState>, koGeomTest::TopoMeshPicture>> saved;
+    saved.emplace_back(mesh.createState(), koGeomTest::pictureOf(mesh));
+    std::mt19937 random(11);
+    for (int applied = 0; applied < 400;) {
+        if (randomEdit(mesh, random) != nullptr && ++applied % 40 == 0) {
+            saved.emplace_back(mesh.createState(), koGeomTest::pictureOf(mesh));
+        }
+    }
+    std::shuffle(saved.begin(), saved.end(), random);
+    for (const auto& [state, picture] : saved) {
+        mesh.setState(state);
+        ASSERT_EQ(checkTopoMesh(mesh), "");
+        EXPECT_TRUE(koGeomTest::pictureOf(mesh) == picture);
     }
 }
 

@@ -290,5 +290,83 @@ TEST(TopoMeshEdit, EditsGiveTheirLinksAndUndoRecordByRecord) {
     }
 }
 
+// Edits applied outside their preconditions, where doing the literal steps would corrupt the
+// mesh or read a missing record: each leaves every record as it was.
+TEST(TopoMeshEdit, EditsOutsideTheirPreconditionsChangeNothing) {
+    const std::vector<EditCase> cases = {
+        {"SplitBoundaryEdge", square,
+         [](TopoMesh& m, const Vertices& v) { m.splitEdge(edge(v, 0, 1)); }, ""},
+        {"SplitVertexAtBoundaryEdge", square,
+         [](TopoMesh& m, const Vertices& v) { EXPECT_FALSE(m.splitVertex(v[0], edge(v, 0, 1))); },
+         ""},
+        {"SwapBoundaryEdge", square,
+         [](TopoMesh& m, const Vertices& v) { EXPECT_FALSE(m.swapEdge(edge(v, 0, 1))); }, ""},
+        {"SplitFaceAtOneCorner", quad,
+         [](TopoMesh& m, const Vertices& v) { m.splitFace(edge(v, 0, 1), edge(v, 0, 1)); }, ""},
+        {"SplitFaceAcrossTwoFaces", square,
+         [](TopoMesh& m, const Vertices& v) { m.splitFace(edge(v, 0, 1), edge(v, 2, 3)); }, ""},
+        {"SubdivideFaceAtAnotherFacesCorner", square,
+         [](TopoMesh& m, const Vertices& v) {
+             EXPECT_FALSE(m.subdivideFace(m.firstFace(), v[0], v[3]));
+             EXPECT_FALSE(m.subdivideFace(m.firstFace(), v[3], v[1], {p9}));
+         },
+         ""},
+        {"MergeFacesOfEdgesApart", bent,
+         [](TopoMesh& m, const Vertices& v) { m.mergeFaces(edge(v, 0, 4), edge(v, 2, 3)); }, ""},
+        {"DeleteBoundaryVertexBetweenTwoQuads", koGeomTest::quadGrid(2, 1, false),
+         [](TopoMesh& m, const Vertices& v) {
+             ASSERT_EQ(v[1].valence(), 2);
+             m.deleteValenceTwoVertex(v[1]);
+         },
+         ""},
+    };
+    for (const EditCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        TopoMesh mesh;
+        const Vertices vertices = koGeomTest::buildTopoMesh(mesh, c.shape);
+        const RecordSnapshot original = snapshotOf(mesh);
+        c.edit(mesh, vertices);
+        EXPECT_TRUE(snapshotOf(mesh) == original);
+    }
+}
+
+// A third face over an edge that has two already does not take one of its half-edges away.
+TEST(TopoMeshEdit, NewFaceLeavesAPairedEdgeAlone) {
+    TopoMesh mesh;
+    const Vertices v = koGeomTest::buildTopoMesh(mesh, square);
+    const TopoMeshFace third = mesh.allocTriangle(v[2], v[0], mesh.allocVertex(p9));
+    const TopoMeshEdge diagonal = edge(v, 0, 2);
+    EXPECT_EQ(diagonal.twin().twin(), diagonal);
+    EXPECT_NE(diagonal.twin().face(), third);
+    EXPECT_FALSE(third.firstEdge().twin());
+    EXPECT_EQ(checkTopoMesh(mesh), "");
+}
+
+// Deliberate: deleteEdge checks only for a twin; on a face that runs along both sides of one
+// edge it frees the face itself, leaving its other half-edges on no face.
+TEST(TopoMeshEdit, DeleteEdgeWithinOneFaceFreesThatFaceDeliberate) {
+    TopoMesh mesh;
+    const Vertices v = koGeomTest::buildTopoMesh(mesh, {"slit", triangle.points, {{0, 1, 2, 1}}});
+    const TopoMeshEdge spoke = edge(v, 0, 1);
+    ASSERT_EQ(spoke.twin().face(), spoke.face());
+    EXPECT_TRUE(mesh.deleteEdge(spoke));
+    EXPECT_EQ(mesh.numFaces(), 0);
+    EXPECT_EQ(mesh.numEdges(), 2);
+    EXPECT_EQ(mesh.firstEdge().next().next(), mesh.firstEdge());
+}
+
+// The rules of findFace in order, on a closed fan of four triangles round vertex 0.
+TEST(TopoMeshEdit, FindFaceTriesEachRuleInTurn) {
+    TopoMesh mesh;
+    const Vertices v = koGeomTest::buildTopoMesh(mesh, koGeomTest::fan(4, true));
+    const auto face = [&](int a, int b) { return edge(v, a, b).face(); };
+    EXPECT_EQ(TopoMesh::findFace(edge(v, 0, 1), edge(v, 1, 2)), face(0, 1));
+    EXPECT_EQ(TopoMesh::findFace(edge(v, 0, 2), edge(v, 1, 2)), face(1, 2));
+    EXPECT_EQ(TopoMesh::findFace(edge(v, 1, 2), edge(v, 0, 2)), face(1, 2));
+    EXPECT_FALSE(TopoMesh::findFace(edge(v, 1, 2), edge(v, 3, 4)));
+    EXPECT_EQ(TopoMesh::findFace(edge(v, 0, 2), edge(v, 1, 0)), face(0, 1));
+    EXPECT_FALSE(TopoMesh::findFace(edge(v, 0, 3), edge(v, 1, 0)));
+}
+
 } // namespace
 } // namespace koGeom
