@@ -152,7 +152,8 @@ public:
 
     /// Frees the face and its half-edges; the twins of those half-edges become boundary
     /// half-edges, and a corner whose first edge went gets another outgoing half-edge of its
-    /// fan, or none. The corners stay, even when left isolated.
+    /// fan, or none. The corners stay, even when left isolated. A twin link is cleared only
+    /// where it points back, so a stray one-sided link never unpairs another pair.
     void deleteFace(TopoMeshFace face) { impl_->deleteFace(face); }
     /// Removes an interior edge, merging the twin's face into `edge`'s face; false (and
     /// nothing changed) for a boundary half-edge. Nothing else is checked: on an edge whose
@@ -162,6 +163,7 @@ public:
     /// and fills the hole with a triangle over the three neighbours, paired with the outer
     /// half-edges, and returns that triangle; any other valence frees the vertex only,
     /// leaving its half-edges pointing at the freed record. Returns null but for valence 3.
+    /// A face met twice round a valence-3 vertex (outside a triangle fan) is deleted once.
     TopoMeshFace deleteVertex(TopoMeshVertex vertex) { return impl_->deleteVertex(vertex); }
     /// Removes a region of faces at once: frees the faces, every half-edge of their loops and
     /// every corner that is not the origin of a half-edge in `border`. `border` lists the

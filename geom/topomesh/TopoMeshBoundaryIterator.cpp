@@ -40,8 +40,17 @@ TopoMeshEdge TopoMeshBoundaryIterator::step(TopoMeshEdge edge, bool forward) noe
 
 void TopoMeshBoundaryIterator::next() noexcept {
     current_ = step(current_, forward_);
-    if (current_ == start_) {
+    // Safe: a walk that has left its start's loop at a non-manifold vertex cycles without
+    // meeting the start again; it ends at the first repeat the cycle test sees. A walk round
+    // one loop meets no repeat before the start, so it is not cut short.
+    if (current_ == start_ || current_ == mark_) {
         current_ = TopoMeshEdge();
+        return;
+    }
+    if (++steps_ == lap_) {
+        mark_ = current_;
+        steps_ = 0;
+        lap_ *= 2;
     }
 }
 

@@ -12,8 +12,10 @@ namespace koGeom {
 ///
 /// Each step walks the fan of one vertex, O(valence); the iterator allocates nothing. On a
 /// boundary loop that passes a vertex twice (a non-manifold vertex) the step takes the last
-/// boundary half-edge of that vertex's fan, which may lead onto another loop; such a walk
-/// need not return to its start.
+/// boundary half-edge of that vertex's fan, which may lead onto another loop that never comes
+/// back to the start edge; the walk then ends once it would repeat a half-edge (found by
+/// Brent's cycle test, after at most about three times the loop's length in steps), so it
+/// always ends.
 class FORMWORK_EXPORT TopoMeshBoundaryIterator {
 public:
     /// Finished at once.
@@ -32,6 +34,9 @@ public:
         current_ = edge;
         start_ = edge;
         forward_ = forward;
+        mark_ = edge;
+        steps_ = 0;
+        lap_ = 1;
     }
     void reset(TopoMeshVertex vertex, bool forward = true) noexcept;
 
@@ -62,6 +67,11 @@ private:
     TopoMeshEdge current_;
     TopoMeshEdge start_;
     bool forward_ = true;
+    // Brent's cycle test: the half-edge last marked, the steps since, and the lap length at
+    // which the next mark is taken.
+    TopoMeshEdge mark_;
+    int steps_ = 0;
+    int lap_ = 1;
 };
 
 } // namespace koGeom

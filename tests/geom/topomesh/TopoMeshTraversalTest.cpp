@@ -142,6 +142,18 @@ TEST(TopoMeshTraversal, BoundaryWalksGoRoundTheLoopEitherWay) {
     EXPECT_EQ(steps, 8);
     EXPECT_FALSE(TopoMeshBoundaryIterator(g[4]).valid());
 
+    // From the second wedge of a non-manifold vertex the walk goes on round the first wedge's
+    // loop and never meets its start again: it ends all the same.
+    TopoMesh bowtie;
+    const Vertices b = koGeomTest::buildTopoMesh(bowtie, koGeomTest::bowtie());
+    steps = 0;
+    const TopoMeshEdge second = bowtie.firstFace().nextInMesh().firstEdge();
+    ASSERT_EQ(second.v2(), b[3]);
+    for (TopoMeshBoundaryIterator walk(second); walk.valid() && steps < 100; walk.next()) {
+        ++steps;
+    }
+    EXPECT_EQ(steps, 6);
+
     TopoMesh closed;
     koGeomTest::buildTopoMesh(closed, koGeomTest::tetrahedron());
     EXPECT_FALSE(TopoMeshBoundaryIterator(closed.firstVertex()).valid());
