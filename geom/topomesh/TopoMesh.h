@@ -152,8 +152,8 @@ public:
 
     /// Frees the face and its half-edges; the twins of those half-edges become boundary
     /// half-edges, and a corner whose first edge went gets another outgoing half-edge of its
-    /// fan, or none. The corners stay, even when left isolated. A twin link is cleared only
-    /// where it points back, so a stray one-sided link never unpairs another pair.
+    /// fan off the face, or none. The corners stay, even when left isolated. A twin link is
+    /// cleared only where it points back, so a stray one-sided link never unpairs a pair.
     void deleteFace(TopoMeshFace face) { impl_->deleteFace(face); }
     /// Removes an interior edge, merging the twin's face into `edge`'s face; false (and
     /// nothing changed) for a boundary half-edge. Nothing else is checked: on an edge whose

@@ -167,8 +167,8 @@ private:
     void setVertexEdge(TopoMeshVertexData* vertex, TopoMeshEdgeData* edge);
     void setFaceEdge(TopoMeshFaceData* face, TopoMeshEdgeData* edge);
     // For a half-edge about to go: when its origin's first edge is it, the first other
-    // half-edge of the origin's fan, or null.
-    void repairFirstEdge(TopoMeshEdgeData* edge);
+    // half-edge of the origin's fan that does not lie on `going` (a face about to go), or null.
+    void repairFirstEdge(TopoMeshEdgeData* edge, const TopoMeshFaceData* going = nullptr);
     // Gives every half-edge of `vertex`'s fan the origin `vertex`.
     void reassignOrigins(TopoMeshVertexData* vertex);
     // Sets the face of every half-edge from `from`, following next, up to (not including)

@@ -53,14 +53,14 @@ void TopoMeshImpl::setFaceEdge(F* face, E* edge) {
     }
 }
 
-void TopoMeshImpl::repairFirstEdge(E* edge) {
+void TopoMeshImpl::repairFirstEdge(E* edge, const F* going) {
     V* vertex = edge->vertex;
     if (vertex->firstEdge != edge) {
         return;
     }
     E* other = nullptr;
     for (TopoMeshEdgeVertexIterator it(vertex); it.valid(); it.next()) {
-        if (it.edge() != edge) {
+        if (it.edge() != edge && it.edge().face() != going) {
             other = it.edge();
             break;
         }
@@ -201,8 +201,10 @@ void TopoMeshImpl::setPoint(TopoMeshVertex vertex, const Point& point) {
 void TopoMeshImpl::deleteFace(TopoMeshFace face) {
     E* first = face.data()->firstEdge;
     E* e = first;
+    // Safe: a corner that the loop passes twice does not get another half-edge of the face
+    // as its first edge; round a corner passed once no other half-edge lies in the face.
     do {
-        repairFirstEdge(e);
+        repairFirstEdge(e, face);
         e = e->next;
     } while (e != first);
     do {
