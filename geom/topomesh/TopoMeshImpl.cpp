@@ -32,10 +32,12 @@ void TopoMeshImpl::append(Data* record, Data*& head, Data*& tail, EntityType typ
     tail = record;
 }
 
-// Takes a record out of its list, reporting the neighbours whose links change; the record's
-// own links are left as they were, so a saved state that still holds it finds them intact.
+// Takes a record out of its list, reporting the neighbours whose links change, then reports it
+// deleted and uncounts it. The record's own links are left as they were, so that a saved state
+// that still holds it finds them intact; without a recorder it goes back to the allocator.
 template <class Data>
-void TopoMeshImpl::unlink(Data* record, Data*& head, Data*& tail, EntityType type) {
+void TopoMeshImpl::release(Data* record, Data*& head, Data*& tail, std::int32_t& count,
+                           EntityType type, void (TopoMeshAlloc::*giveBack)(Data*) noexcept) {
     Data* prev = record->prevInMesh;
     Data* next = record->nextInMesh;
     if (prev != nullptr) {
@@ -50,6 +52,11 @@ void TopoMeshImpl::unlink(Data* record, Data*& head, Data*& tail, EntityType typ
     } else {
         tail = prev;
     }
+    recordDeleted(TopoMeshEntity(record, type));
+    if (recorder_ == nullptr) {
+        (allocator_->*giveBack)(record);
+    }
+    --count;
 }
 
 TopoMeshVertex TopoMeshImpl::allocVertex() {
@@ -86,30 +93,18 @@ TopoMeshFace TopoMeshImpl::allocFaceRecord() {
 }
 
 void TopoMeshImpl::freeVertexRecord(TopoMeshVertex vertex) {
-    unlink(vertex.data(), header_.firstVertex, header_.lastVertex, EntityType::Vertex);
-    recordDeleted(vertex);
-    if (recorder_ == nullptr) {
-        allocator_->freeVertex(vertex);
-    }
-    --header_.numVertices;
+    release(vertex.data(), header_.firstVertex, header_.lastVertex, header_.numVertices,
+            EntityType::Vertex, &TopoMeshAlloc::freeVertex);
 }
 
 void TopoMeshImpl::freeEdgeRecord(TopoMeshEdge edge) {
-    unlink(edge.data(), header_.firstEdge, header_.lastEdge, EntityType::Edge);
-    recordDeleted(edge);
-    if (recorder_ == nullptr) {
-        allocator_->freeEdge(edge);
-    }
-    --header_.numEdges;
+    release(edge.data(), header_.firstEdge, header_.lastEdge, header_.numEdges, EntityType::Edge,
+            &TopoMeshAlloc::freeEdge);
 }
 
 void TopoMeshImpl::freeFaceRecord(TopoMeshFace face) {
-    unlink(face.data(), header_.firstFace, header_.lastFace, EntityType::Face);
-    recordDeleted(face);
-    if (recorder_ == nullptr) {
-        allocator_->freeFace(face);
-    }
-    --header_.numFaces;
+    release(face.data(), header_.firstFace, header_.lastFace, header_.numFaces, EntityType::Face,
+            &TopoMeshAlloc::freeFace);
 }
 
 void TopoMeshImpl::enableTransactions() {

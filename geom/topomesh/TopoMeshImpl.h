@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "tessar/core/Containers.h"
 #include "tessar/core/Reference.h"
 #include "tessar/linear/Point.h"
@@ -32,10 +34,11 @@ class TopoMeshRecorder;
 ///   report the new record as created and the list neighbour they link it to as modified.
 ///   A new record may then be written freely (reporting it again is harmless).
 /// - Delete records only with `freeVertexRecord`, `freeEdgeRecord` and `freeFaceRecord`:
-///   they report the list neighbours as modified and the record as deleted. The caller first
-///   reports and clears every link that other records hold to the one going (a twin, a
-///   first edge, a face), like any other change; a field of the freed record itself needs no
-///   report unless it is written before the free.
+///   they report the list neighbours as modified and the record as deleted. Links that other
+///   records hold to the one going (a twin, a first edge, a face) are the caller's to change,
+///   reported like any other change; a field of the freed record itself needs no report
+///   unless it is written before the free. Never read a record after freeing it: one created
+///   since the last saved state goes straight back to the allocator even while recording.
 /// - The list heads, tails and counts are not reported: each saved state keeps a copy.
 /// With no recorder every report is a test of one pointer, and freed records go straight
 /// back to the allocator; with one, freed records stay out (the saved states may need them)
@@ -92,14 +95,16 @@ public:
     TopoMeshVertex allocVertex();
     /// A new isolated vertex at `point`, appended to the vertex list.
     TopoMeshVertex allocVertex(const koLinear::Point& point);
-    /// A new half-edge with every link null, appended to the edge list and counted.
+    /// A new half-edge with null vertex, next, prev, twin and face, appended to the edge list
+    /// and counted.
     TopoMeshEdge allocEdgeRecord();
     /// A new face with a null first edge, appended to the face list and counted.
     TopoMeshFace allocFaceRecord();
 
-    /// Unlink the record from its list, report it deleted, uncount it and, unless
-    /// transactions are enabled, give it back to the allocator. Links that other records
-    /// hold to it are the caller's to clear; handles to it dangle.
+    /// Unlink the record from its list, report it deleted, uncount it and give it back to the
+    /// allocator, unless a saved state may still need it (transactions are enabled and the
+    /// record existed at the last saved state). Links that other records hold to it are the
+    /// caller's to change; handles to it dangle.
     void freeVertexRecord(TopoMeshVertex vertex);
     void freeEdgeRecord(TopoMeshEdge edge);
     void freeFaceRecord(TopoMeshFace face);
@@ -187,7 +192,8 @@ private:
     template <class Data>
     void append(Data* record, Data*& head, Data*& tail, EntityType type);
     template <class Data>
-    void unlink(Data* record, Data*& head, Data*& tail, EntityType type);
+    void release(Data* record, Data*& head, Data*& tail, std::int32_t& count, EntityType type,
+                 void (TopoMeshAlloc::*giveBack)(Data*) noexcept);
 
     TopoMeshAlloc* allocator_;
     TopoMeshHeader header_;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -24,12 +25,7 @@ using TaggedAlloc = TopoMeshAllocatorT<TaggedVertex, TaggedEdge, TaggedFace>;
 
 bool allZero(const void* p, std::size_t n) {
     const auto* bytes = static_cast<const unsigned char*>(p);
-    for (std::size_t i = 0; i < n; ++i) {
-        if (bytes[i] != 0) {
-            return false;
-        }
-    }
-    return true;
+    return std::all_of(bytes, bytes + n, [](unsigned char b) { return b == 0; });
 }
 
 // Reused records come back zeroed over the whole derived size, and pools are lazy.

@@ -35,61 +35,41 @@ std::vector<TopoMeshVertex> vertexList(const TopoMesh& mesh) {
     return list;
 }
 
-TEST(TopoMesh, NewMeshIsEmpty) {
-    TopoMesh mesh;
-    EXPECT_FALSE(mesh.firstVertex());
-    EXPECT_FALSE(mesh.firstEdge());
-    EXPECT_FALSE(mesh.firstFace());
-    EXPECT_EQ(mesh.numVertices() + mesh.numEdges() + mesh.numFaces(), 0);
-    EXPECT_EQ(mesh.getSizeInBytes(), 152u);
-    EXPECT_FALSE(mesh.getImpl()->isRecording());
-    EXPECT_NE(dynamic_cast<detail::TopoMeshImplAlloc*>(mesh.getImpl()->allocator()), nullptr);
-}
-
 TEST(TopoMesh, VerticesAppendInOrderAndSizeFollowsTheFixedFormula) {
     TopoMesh mesh;
+    EXPECT_FALSE(mesh.firstVertex() || mesh.firstEdge() || mesh.firstFace());
+    EXPECT_EQ(mesh.getSizeInBytes(), 152u);
+    EXPECT_NE(dynamic_cast<detail::TopoMeshImplAlloc*>(mesh.getImpl()->allocator()), nullptr);
     addFacesByRecords(mesh, openPoints, openFaces);
     ASSERT_EQ(checkTopoMesh(mesh), "");
     const std::vector<TopoMeshVertex> list = vertexList(mesh);
-    ASSERT_EQ(list.size(), openPoints.size());
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        EXPECT_EQ(list[i].point().x, openPoints[i].x);
+    for (std::size_t i = 0; i < openPoints.size(); ++i) {
+        EXPECT_EQ(list.at(i).point().x, openPoints[i].x);
     }
     EXPECT_FALSE(list.back().firstEdge());
-    EXPECT_EQ(mesh.getImpl()->lastVertex(), list.back());
-    EXPECT_EQ(mesh.numEdges(), 7);
-    EXPECT_EQ(mesh.numFaces(), 2);
     EXPECT_EQ(mesh.getSizeInBytes(), 152u + 48u * 6 + 56u * 7 + 24u * 2);
 }
 
-// Freeing from the head, the middle and the tail, down to an empty list.
+// Freeing vertices from the head, the middle and the tail, and whole faces, gives every
+// record back.
 TEST(TopoMesh, FreeingUnlinksFromEveryPosition) {
-    TopoMesh mesh;
-    for (int i = 0; i < 5; ++i) {
-        mesh.allocVertex(Point(i, 0, 0));
-    }
-    for (int position : {0, 2, 2, 1, 0}) {
-        std::vector<TopoMeshVertex> before = vertexList(mesh);
-        mesh.getImpl()->freeVertexRecord(before[static_cast<std::size_t>(position)]);
-        before.erase(before.begin() + position);
-        EXPECT_EQ(vertexList(mesh), before);
-        ASSERT_EQ(checkTopoMesh(mesh), "");
-    }
-    EXPECT_FALSE(mesh.getImpl()->lastVertex());
-    auto* pools = dynamic_cast<detail::TopoMeshImplAlloc*>(mesh.getImpl()->allocator());
-    EXPECT_EQ(pools->vertexPool().numAllocated(), 0u);
-}
-
-TEST(TopoMesh, FreeingEdgesAndFacesReturnsTheirRecords) {
     TopoMesh mesh;
     addFacesByRecords(mesh, tetraPoints, tetraFaces);
     while (mesh.firstFace()) {
         koGeomTest::deleteFaceByRecords(mesh, mesh.firstFace());
         ASSERT_EQ(checkTopoMesh(mesh), "");
     }
-    auto* pools = dynamic_cast<detail::TopoMeshImplAlloc*>(mesh.getImpl()->allocator());
-    EXPECT_EQ(pools->edgePool().numAllocated() + pools->facePool().numAllocated(), 0u);
-    EXPECT_EQ(mesh.numVertices(), 4);
+    for (int position : {0, 1, 1, 0}) {
+        std::vector<TopoMeshVertex> before = vertexList(mesh);
+        mesh.getImpl()->freeVertexRecord(before[static_cast<std::size_t>(position)]);
+        before.erase(before.begin() + position);
+        EXPECT_EQ(vertexList(mesh), before);
+        ASSERT_EQ(checkTopoMesh(mesh), "");
+    }
+    const auto& pools = dynamic_cast<detail::TopoMeshImplAlloc&>(*mesh.getImpl()->allocator());
+    EXPECT_EQ(pools.vertexPool().numAllocated() + pools.edgePool().numAllocated() +
+                  pools.facePool().numAllocated(),
+              0u);
 }
 
 // The checker must see each kind of fault, each made in a fresh sound mesh.
@@ -125,17 +105,14 @@ public:
 };
 
 TEST(TopoMesh, CopyKeepsOrderAndLinksInPoolsFromTheSourceAllocator) {
-    for (const auto* faces : {&tetraFaces, &openFaces}) {
-        TopoMesh source(new CountingAlloc);
-        addFacesByRecords(source, faces == &tetraFaces ? tetraPoints : openPoints, *faces);
-        CountingAlloc::made = 0;
-        TopoMesh copy(source);
-        EXPECT_EQ(CountingAlloc::made, 1);
-        EXPECT_NE(dynamic_cast<CountingAlloc*>(copy.getImpl()->allocator()), nullptr);
-        EXPECT_EQ(checkTopoMesh(copy), "");
-        EXPECT_EQ(pictureOf(copy), pictureOf(source));
-        EXPECT_NE(copy.firstEdge(), source.firstEdge());
-    }
+    TopoMesh source(new CountingAlloc);
+    addFacesByRecords(source, tetraPoints, tetraFaces);
+    CountingAlloc::made = 0;
+    TopoMesh copy(source);
+    EXPECT_EQ(CountingAlloc::made, 1);
+    EXPECT_NE(dynamic_cast<CountingAlloc*>(copy.getImpl()->allocator()), nullptr);
+    EXPECT_EQ(checkTopoMesh(copy), "");
+    EXPECT_EQ(pictureOf(copy), pictureOf(source));
 }
 
 TEST(TopoMesh, CopyAlwaysTakesADefaultAllocatorDeliberate) {
@@ -179,12 +156,9 @@ TEST(TopoMesh, SwapExchangesBodies) {
     TopoMesh a;
     TopoMesh b(new CountingAlloc);
     addFacesByRecords(a, tetraPoints, tetraFaces);
-    const TopoMeshImpl* bodyOfA = a.getImpl();
     const TopoMeshEdge edgeOfA = a.firstEdge();
     a.swap(b);
-    EXPECT_EQ(b.getImpl(), bodyOfA);
     EXPECT_EQ(b.firstEdge(), edgeOfA);
-    EXPECT_EQ(a.numEdges(), 0);
     EXPECT_NE(dynamic_cast<CountingAlloc*>(a.getImpl()->allocator()), nullptr);
 }
 
