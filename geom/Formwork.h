@@ -9,6 +9,7 @@
 #include "geom/connectivity/MeshArrangement.h"
 #include "geom/connectivity/MeshBoundaries.h"
 #include "geom/connectivity/MeshTriAdjTris.h"
+#include "geom/curve/BasicPolyline.h"
 #include "geom/curve/LineStrips.h"
 #include "geom/curve/MeshCoord.h"
 #include "geom/curve/MeshCoordBase.h"

@@ -1,5 +1,7 @@
 #include "geom/curve/MeshCoord.h"
 
+#include <cstddef>
+
 namespace koGeom {
 
 using koLinear::Point;
@@ -18,9 +20,9 @@ const int* raw(const MeshTriangle* triangles) noexcept {
 
 void MeshCoord::getPoints(int triangle, const float* vertices, const int* triangles,
                           Point corners[3]) noexcept {
-    const int* corner = triangles + 3 * static_cast<long>(triangle);
+    const int* corner = triangles + 3 * static_cast<std::ptrdiff_t>(triangle);
     for (int k = 0; k < 3; ++k) {
-        const float* v = vertices + 3 * static_cast<long>(corner[k]);
+        const float* v = vertices + 3 * static_cast<std::ptrdiff_t>(corner[k]);
         corners[k] = Point(v[0], v[1], v[2]);
     }
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "geom/curve/detail/PolylineMath.h"
+#include "tessar/linear/Tolerance.h"
 
 namespace koGeom {
 
@@ -37,12 +37,7 @@ Polyline2d::Polyline2d(int n, const Point2* points, const double* params) {
 
 Polyline2d::Polyline2d(int n, const vertex2d* vertices) { initialize(n, vertices); }
 
-Polyline2d::Polyline2d(const Polyline2d& other)
-    : ReferenceCount(other),
-      box_(other.box_),
-      vertices_(other.vertices_),
-      closed_(other.closed_),
-      order_(other.order_) {}
+Polyline2d::Polyline2d(const Polyline2d& other) = default;
 
 Polyline2d& Polyline2d::operator=(const Polyline2d& other) {
     if (this != &other) {
@@ -55,65 +50,8 @@ Polyline2d& Polyline2d::operator=(const Polyline2d& other) {
 Polyline2d::~Polyline2d() = default;
 
 void Polyline2d::swap(Polyline2d& other) noexcept {
-    std::swap(box_, other.box_);
-    vertices_.swap(other.vertices_);
-    std::swap(closed_, other.closed_);
+    swapBase(other);
     std::swap(order_, other.order_);
-}
-
-void Polyline2d::initialize(const ko::vector<Point2>& points, const ko::vector<double>& params) {
-    const std::size_t n = std::min(points.size(), params.size());
-    initialize(static_cast<int>(n), points.data(), params.data());
-}
-
-void Polyline2d::initialize(int n, const Point2* points, const double* params) {
-    detail::assignVertices(vertices_, n, points, params);
-    modified();
-}
-
-void Polyline2d::initialize(int n, const vertex2d* vertices) {
-    ko::vector<vertex2d>(vertices, vertices + std::max(n, 0)).swap(vertices_);
-    modified();
-}
-
-void Polyline2d::initializeArcLength(int n, const Point2* points) {
-    detail::assignArcLength(vertices_, n, points);
-    modified();
-}
-
-void Polyline2d::initializeUniform(int n, const Point2* points) {
-    detail::assignUniform(vertices_, n, points);
-    modified();
-}
-
-koLinear::Range1d Polyline2d::getDomain() const noexcept { return detail::getDomain(vertices_); }
-
-Point2 Polyline2d::eval(double t) const noexcept { return detail::eval(vertices_, t); }
-
-int Polyline2d::findSpan(double t) const noexcept { return detail::findSpan(vertices_, t); }
-
-void Polyline2d::getInterpolants(double t, int& span, double& w0, double& w1) const noexcept {
-    detail::getInterpolants(vertices_, t, span, w0, w1);
-}
-
-double Polyline2d::getLength() const noexcept { return getLength(0, getNumVertices() - 1); }
-
-double Polyline2d::getLength(int first, int last) const noexcept {
-    return detail::lengthBetweenVertices(vertices_, first, last);
-}
-
-double Polyline2d::getLength(double a, double b) const noexcept {
-    return detail::lengthBetweenParams(vertices_, a, b);
-}
-
-const koLinear::Range2d& Polyline2d::getBoundingBox() const noexcept {
-    update();
-    return box_;
-}
-
-bool Polyline2d::getClosed() const noexcept {
-    update();
-    return closed_;
 }
 
 void Polyline2d::modified() noexcept {
@@ -147,11 +85,11 @@ void Polyline2d::makeUniform() noexcept {
 }
 
 void Polyline2d::update() const noexcept {
-    detail::refreshBox(vertices_, box_);
+    refreshBox();
     if (order_ == Order::Unknown) {
         computeOrder();
     }
-    closed_ = vertices_.size() >= 3 && detail::endsMeet(vertices_);
+    closed_ = vertices_.size() >= 3 && endsMeet();
 }
 
 void Polyline2d::computeOrder() const noexcept {
