@@ -162,5 +162,25 @@ TEST(TopoMesh, SwapExchangesBodies) {
     EXPECT_NE(dynamic_cast<CountingAlloc*>(a.getImpl()->allocator()), nullptr);
 }
 
+// Records of 64 KiB each lie in separate chunks of the address space, so the copy finds them
+// through its hash table rather than its chunk tables.
+struct WideEdge : TopoMeshEdgeData {
+    char extra[1 << 16];
+};
+
+TEST(TopoMesh, CopyOfScatteredRecordsKeepsEveryLink) {
+    TopoMesh source(new TopoMeshAllocatorT<TopoMeshVertexData, WideEdge, TopoMeshFaceData>);
+    addFacesByRecords(source, tetraPoints, tetraFaces);
+    const TopoMesh copy(source);
+    EXPECT_EQ(pictureOf(copy), pictureOf(source));
+    TopoMesh target;
+    TopoMesh::CopyData maps;
+    target.copy(source, maps);
+    EXPECT_EQ(pictureOf(target), pictureOf(source));
+    for (const auto& [from, to] : maps.edges) {
+        EXPECT_EQ(maps.edges.at(from.next()), to.next());
+    }
+}
+
 } // namespace
 } // namespace koGeom
