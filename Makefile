@@ -7,7 +7,7 @@ CMAKE_ARGS ?=
 
 BUILD_PACKAGES := g++ cmake make
 TEST_PACKAGES := libgtest-dev libgmock-dev
-BENCH_PACKAGES := libbenchmark-dev
+BENCH_PACKAGES := libbenchmark-dev libcgal-dev libopenmesh-dev
 
 .PHONY: all test asan bench build deps format clean
 

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+namespace topoBench {
+
+/// A closed triangulated torus: `columns` × `rows` vertices on a torus of radii 3 and 1, each
+/// grid quad cut along its rising diagonal into two triangles, so that every vertex has
+/// valence 6 and the surface has no boundary. The one input of all three libraries' builds.
+struct TorusGrid {
+    TorusGrid(int columns, int rows);
+
+    int numVertices() const { return columns * rows; }
+    int numTriangles() const { return 2 * columns * rows; }
+    /// Undirected edges: three per quad.
+    int numEdges() const { return 3 * columns * rows; }
+    int vertex(int column, int row) const;
+    /// The six neighbours of a vertex, for the reference smoothing.
+    std::array<int, 6> neighbours(int index) const;
+
+    int columns;
+    int rows;
+    std::vector<std::array<double, 3>> points;
+    /// Three vertex indices per triangle, counter-clockwise seen from outside, quad by quad in
+    /// row order.
+    std::vector<std::array<int, 3>> triangles;
+};
+
+/// The grid of the benchmarks: 1000 × 500 vertices, 1,000,000 triangles. Built once.
+const TorusGrid& benchGrid();
+
+/// The sum of the squared distances of all points from the origin after one in-place smoothing pass
+/// over the grid's vertices in index order (each to the mean of its six neighbours): the reference
+/// every library's smoothing is checked against.
+double referenceSmoothingSum(const TorusGrid& grid);
+
+} // namespace topoBench
