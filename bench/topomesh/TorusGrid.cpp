@@ -1,6 +1,8 @@
 #include "bench/topomesh/TorusGrid.h"
 
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <numbers>
 
 namespace topoBench {
@@ -44,7 +46,14 @@ std::array<int, 6> TorusGrid::neighbours(int index) const {
 }
 
 const TorusGrid& benchGrid() {
-    static const TorusGrid grid(1000, 500);
+    static const TorusGrid grid = [] {
+        int columns = 1000;
+        int rows = 500;
+        if (const char* size = std::getenv("TOPO_BENCH_GRID")) {
+            std::sscanf(size, "%dx%d", &columns, &rows);
+        }
+        return TorusGrid(columns, rows);
+    }();
     return grid;
 }
 
