@@ -1,0 +1,7 @@
+#include "geom/topomesh/TopoMeshAlloc.h"
+
+namespace koGeom {
+
+TopoMeshAlloc::~TopoMeshAlloc() = default;
+
+} // namespace koGeom

@@ -1,0 +1,7 @@
+#include "geom/topomesh/TopoMeshState.h"
+
+namespace koGeom {
+
+TopoMeshState::~TopoMeshState() = default;
+
+} // namespace koGeom

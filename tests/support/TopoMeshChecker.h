@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "geom/topomesh/TopoMesh.h"
+
+namespace koGeomTest {
+
+/// The first broken invariant of a half-edge mesh's links, in words, or an empty string when
+/// the mesh is sound:
+/// - each list's prev links mirror its next links, its head has no prev, its tail is the
+///   header's tail, and its length is the header's count;
+/// - every half-edge is its twin's twin, the prev of its next and the next of its prev, and
+///   has an origin;
+/// - every face loop, followed from the face's first edge, returns to it within the number of
+///   half-edges, every half-edge on it names the face, and the loops hold every half-edge;
+/// - every vertex's first edge, if any, starts at the vertex.
+/// O(n) with one hash set per list.
+std::string checkTopoMesh(const koGeom::TopoMesh& mesh);
+
+/// Everything a half-edge mesh holds, with each record named by its index in its list (-1 for
+/// a null link), so that two meshes, or one mesh before and after an undo, compare with `==`
+/// whatever their record addresses.
+struct TopoMeshPicture {
+    /// x, y, z of each vertex in list order.
+    std::vector<std::array<double, 3>> points;
+    /// The first edge of each vertex.
+    std::vector<int> vertexEdges;
+    /// vertex, next, prev, twin, face of each half-edge in list order.
+    std::vector<std::array<int, 5>> edges;
+    /// The first edge of each face.
+    std::vector<int> faceEdges;
+
+    bool operator==(const TopoMeshPicture&) const = default;
+};
+
+/// The picture of a sound mesh (see `checkTopoMesh`). O(n) with one hash map per list.
+TopoMeshPicture pictureOf(const koGeom::TopoMesh& mesh);
+
+} // namespace koGeomTest
