@@ -46,14 +46,22 @@ void copyRecords(const TopoMeshImpl& source, TopoMeshImpl& target, TopoMesh::Cop
     }
 }
 
+// A body over `allocator`, which is deleted if the body cannot be made.
+std::unique_ptr<TopoMeshImpl> makeBody(TopoMeshAlloc* allocator) {
+    std::unique_ptr<TopoMeshAlloc> owned(allocator);
+    auto body = std::make_unique<TopoMeshImpl>(owned.get());
+    owned.release();
+    return body;
+}
+
 } // namespace
 
 TopoMesh::TopoMesh() : TopoMesh(new detail::TopoMeshImplAlloc) {}
 
-TopoMesh::TopoMesh(TopoMeshAlloc* allocator) : impl_(std::make_unique<TopoMeshImpl>(allocator)) {}
+TopoMesh::TopoMesh(TopoMeshAlloc* allocator) : impl_(makeBody(allocator)) {}
 
 TopoMesh::TopoMesh(const TopoMesh& other)
-    : Entity(other), impl_(std::make_unique<TopoMeshImpl>(other.impl_->allocator()->create())) {
+    : Entity(other), impl_(makeBody(other.impl_->allocator()->create())) {
     CopyData maps;
     copyRecords(*other.impl_, *impl_, maps);
 }

@@ -102,6 +102,159 @@ public:
     TopoMeshVertex allocVertex(const koLinear::Point& point) { return impl_->allocVertex(point); }
     /// @}
 
+    /// \name Creating faces and looking up
+    /// A new face is appended to the face list and its half-edges, one per corner in loop
+    /// order, to the edge list; a corner without a first edge gets its new half-edge. Each new
+    /// half-edge becomes the twin of an existing one that runs the other way between the same
+    /// two vertices (found by `findEdge` from its end) when that one has no twin yet; so the
+    /// order of the corners decides the side, and faces given in one orientation join up.
+    /// Each is O(sum of the corners' valences); none allocates beyond its records.
+    /// @{
+    TopoMeshFace allocTriangle(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c) {
+        return impl_->allocTriangle(a, b, c);
+    }
+    TopoMeshFace allocQuad(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c, TopoMeshVertex d) {
+        return impl_->allocQuad(a, b, c, d);
+    }
+    /// A face with one half-edge per vertex; null (and nothing made) for an empty list.
+    TopoMeshFace allocFace(const ko::vector<TopoMeshVertex>& vertices) {
+        return impl_->allocFace(vertices);
+    }
+    /// The first half-edge of `from`'s fan that ends at `to`; null if none. O(valence).
+    static TopoMeshEdge findEdge(TopoMeshVertex from, TopoMeshVertex to) noexcept {
+        return TopoMeshImpl::findEdge(from, to);
+    }
+    /// A face both half-edges border, first match wins: their common face; the second's face
+    /// if the first's twin lies on it; the first's face if the second's twin lies on it; the
+    /// common face of the two twins. Null if none (or a twin is missing). O(1).
+    static TopoMeshFace findFace(TopoMeshEdge e1, TopoMeshEdge e2) noexcept {
+        return TopoMeshImpl::findFace(e1, e2);
+    }
+    /// @}
+
+    /// \name Setting single links
+    /// Plain writes, reported to the recorder; nothing else is kept consistent.
+    /// @{
+    /// Makes `e1` and `e2` each other's twin.
+    void setTwins(TopoMeshEdge e1, TopoMeshEdge e2) { impl_->setTwins(e1, e2); }
+    void setFirstEdge(TopoMeshVertex vertex, TopoMeshEdge edge) {
+        impl_->setFirstEdge(vertex, edge);
+    }
+    void setPoint(TopoMeshVertex vertex, const koLinear::Point& point) {
+        impl_->setPoint(vertex, point);
+    }
+    /// @}
+
+    /// \name Deleting
+    /// Freed records leave the lists at once; handles to them dangle (see docs/topomesh.md
+    /// for what each edit frees). Each is O(size of the faces involved × valence).
+    /// @{
+
+    /// Frees the face and its half-edges; the twins of those half-edges become boundary
+    /// half-edges, and a corner whose first edge went gets another outgoing half-edge of its
+    /// fan, or none. The corners stay, even when left isolated.
+    void deleteFace(TopoMeshFace face) { impl_->deleteFace(face); }
+    /// Removes an interior edge, merging the twin's face into `edge`'s face; false (and
+    /// nothing changed) for a boundary half-edge. Nothing else is checked: on an edge whose
+    /// two half-edges lie in the same face the face itself is freed.
+    bool deleteEdge(TopoMeshEdge edge) { return impl_->deleteEdge(edge); }
+    /// By the vertex's valence: 1, deletes its face and frees it; 3, deletes its three faces
+    /// and fills the hole with a triangle over the three neighbours, paired with the outer
+    /// half-edges, and returns that triangle; any other valence frees the vertex only,
+    /// leaving its half-edges pointing at the freed record. Returns null but for valence 3.
+    TopoMeshFace deleteVertex(TopoMeshVertex vertex) { return impl_->deleteVertex(vertex); }
+    /// Removes a region of faces at once: frees the faces, every half-edge of their loops and
+    /// every corner that is not the origin of a half-edge in `border`. `border` lists the
+    /// half-edges outside the region whose twins go: each becomes a boundary half-edge and
+    /// its origin's first edge. No other link is repaired. O(n log n) in the region's size.
+    void deleteFaces(const ko::unordered_set<TopoMeshFace>& faces,
+                     const ko::vector<TopoMeshEdge>& border) {
+        impl_->deleteFaces(faces, border);
+    }
+    /// Removes a vertex of valence 2 (or of valence 1 on a boundary) between two edges,
+    /// joining them: the half-edge into it then runs over both, paired with the joined
+    /// half-edge of the other side. Nothing changes for any other vertex, when a face on
+    /// either side is a triangle, or when the two sides do not pair up again (a boundary
+    /// vertex between two faces).
+    void deleteValenceTwoVertex(TopoMeshVertex vertex) { impl_->deleteValenceTwoVertex(vertex); }
+    /// @}
+
+    /// \name Local rewrites
+    /// @{
+
+    /// Collapses `edge` into its end vertex, which is returned: deletes `edge`'s face (a
+    /// triangle), moves the origin's fan to the end vertex, pairs the two outer half-edges of
+    /// the triangle and frees the origin. Only `edge`'s side is rewritten: its twin and the
+    /// face behind stay (the twin then starts and ends at the kept vertex). When the half-edge
+    /// into the origin has no twin, the origin's fan is not moved.
+    TopoMeshVertex contractEdge(TopoMeshEdge edge) { return impl_->contractEdge(edge); }
+    /// Cuts the mesh along an interior edge: the two half-edges become boundary half-edges and
+    /// the twin's side gets two new vertices at the ends' points. Nothing for a boundary edge.
+    void splitEdge(TopoMeshEdge edge) { impl_->splitEdge(edge); }
+    /// Cuts the edge of `edge` (which starts at `vertex`) at `vertex`: the twins are
+    /// unpaired and the fan beyond the twin gets a new vertex at the same point, which is
+    /// returned. Null (nothing changed) for a boundary edge.
+    TopoMeshVertex splitVertex(TopoMeshVertex vertex, TopoMeshEdge edge) {
+        return impl_->splitVertex(vertex, edge);
+    }
+    /// Cuts the mesh at `into` (ending at a vertex v) and `outOf` (starting at v), and gives
+    /// the half-edges from `into`'s twin round to `outOf`'s side a new vertex at v's point,
+    /// which is returned.
+    TopoMeshVertex splitVertex(TopoMeshEdge into, TopoMeshEdge outOf) {
+        return impl_->splitVertex(into, outOf);
+    }
+    /// Splits the face of `e1` and `e2` with a new edge from `e2`'s origin to `e1`'s origin:
+    /// the half-edges from `e1` up to that new edge form a new face. Nothing when the two are
+    /// the same half-edge or in different faces.
+    void splitFace(TopoMeshEdge e1, TopoMeshEdge e2) { impl_->splitFace(e1, e2); }
+    /// Inserts a new vertex at `point` into the edge (both half-edges), which is returned.
+    TopoMeshVertex subdivideEdge(TopoMeshEdge edge, const koLinear::Point& point) {
+        return impl_->subdivideEdge(edge, point);
+    }
+    /// Fans the face around a new centre vertex at `point`, which is returned: one triangle
+    /// per side (the face keeps the first), 2n new half-edges, all paired.
+    TopoMeshVertex subdivideFace(TopoMeshFace face, const koLinear::Point& point) {
+        return impl_->subdivideFace(face, point);
+    }
+    /// Splits the face by a new edge between its corners `from` and `to`; returns the new
+    /// half-edge from `from` to `to`, which stays on `face`; the part after it becomes a new
+    /// face. Null (nothing changed) unless both are distinct corners of the face.
+    TopoMeshEdge subdivideFace(TopoMeshFace face, TopoMeshVertex from, TopoMeshVertex to) {
+        return impl_->subdivideFace(face, from, to);
+    }
+    /// Cuts off a triangle over `edge` (a half-edge of `face`) with a new apex at `point`
+    /// inside the face, which is returned; the triangle is a new face holding `edge`.
+    TopoMeshVertex subdivideFace(TopoMeshFace face, TopoMeshEdge edge,
+                                 const koLinear::Point& point) {
+        return impl_->subdivideFace(face, edge, point);
+    }
+    /// Cuts the face from corner `from` to corner `to` through new vertices at `points`, in
+    /// order, and returns the face on the far side of the cut. When the two corners are
+    /// joined by a side of the face, the cut runs beside it. `newVertices` receives the new
+    /// vertices in point order. With no points the cut is one new edge. Null (nothing
+    /// changed) when the corners are not both on the face.
+    TopoMeshFace subdivideFace(TopoMeshFace face, TopoMeshVertex from, TopoMeshVertex to,
+                               const ko::vector<koLinear::Point>& points,
+                               ko::vector<TopoMeshVertex>& newVertices) {
+        return impl_->subdivideFace(face, from, to, points, newVertices);
+    }
+    TopoMeshFace subdivideFace(TopoMeshFace face, TopoMeshVertex from, TopoMeshVertex to,
+                               const ko::vector<koLinear::Point>& points) {
+        ko::vector<TopoMeshVertex> newVertices;
+        return impl_->subdivideFace(face, from, to, points, newVertices);
+    }
+    /// Flips the diagonal shared by two triangles to join their opposite corners; false (and
+    /// nothing changed) when those are joined already or the edge has no twin.
+    bool swapEdge(TopoMeshEdge edge) { return impl_->swapEdge(edge); }
+    /// Stitches two boundary half-edges running opposite ways into twins, merging the
+    /// vertices at each end (the ends of `e2` go, those of `e1` stay).
+    void mergeVertices(TopoMeshEdge e1, TopoMeshEdge e2) { impl_->mergeVertices(e1, e2); }
+    /// Removes two consecutive edges of one face whose twins are consecutive in another
+    /// face, with the vertex between them, joining the other face into `e1`'s face. Nothing
+    /// when the edges are not so placed.
+    void mergeFaces(TopoMeshEdge e1, TopoMeshEdge e2) { impl_->mergeFaces(e1, e2); }
+    /// @}
+
     /// \name Transactions and notices
     /// @{
 

@@ -6,6 +6,7 @@
 
 #include "tessar/linear/Point.h"
 #include "tessar/linear/Point2.h"
+#include "tessar/linear/Vector.h"
 
 #include "geom/topomesh/TopoMeshRecords.h"
 
@@ -76,6 +77,18 @@ public:
     inline TopoMeshEdge firstEdge() const noexcept;
     TopoMeshVertex nextInMesh() const noexcept { return data_->nextInMesh; }
 
+    /// \name Neighbourhood
+    /// Walks of the vertex's fan (`TopoMeshEdgeVertexIterator`), O(valence).
+    /// @{
+    /// The number of outgoing half-edges of the fan; 0 for an isolated vertex.
+    inline int valence() const noexcept;
+    /// True when some outgoing half-edge of the fan has no twin; false when isolated.
+    inline bool onBoundary() const noexcept;
+    /// The first face of the fan that `other` also lies on (has a half-edge from `other`);
+    /// null if none. O(valence × face size).
+    inline TopoMeshFace adjacent(TopoMeshVertex other) const noexcept;
+    /// @}
+
     /// By record address.
     friend bool operator>(TopoMeshVertex a, TopoMeshVertex b) noexcept { return b < a; }
 };
@@ -98,6 +111,19 @@ public:
     TopoMeshEdge twin() const noexcept { return data_->twin; }
     inline TopoMeshFace face() const noexcept;
     TopoMeshEdge nextInMesh() const noexcept { return data_->nextInMesh; }
+
+    /// \name Neighbourhood
+    /// @{
+    /// The vertex the two edges share: this edge's origin if it is an end of `other`, else
+    /// its end if that is; null if none.
+    inline TopoMeshVertex adjacent(TopoMeshEdge other) const noexcept;
+    /// True when `vertex` is the origin or the end.
+    inline bool adjacent(TopoMeshVertex vertex) const noexcept;
+    /// The average of the two end points.
+    inline koLinear::Point midpoint() const noexcept;
+    /// End point minus origin point.
+    inline koLinear::Vector vector() const noexcept;
+    /// @}
 
     /// True for the one half-edge of a twin pair whose twin lies at the higher address, and
     /// for every boundary half-edge: keeping only primary half-edges visits each undirected
@@ -127,6 +153,22 @@ public:
         const TopoMeshEdgeData* e = data_->firstEdge;
         return e->next->next->next->next == e;
     }
+
+    /// \name Neighbourhood
+    /// Walks of the face's loop from its first edge, O(face size).
+    /// @{
+    /// True when some half-edge of the loop has no twin.
+    inline bool hasBoundaryEdge() const noexcept;
+    /// The first half-edge of the loop whose origin is `vertex`; null if none.
+    inline TopoMeshEdge adjacent(TopoMeshVertex vertex) const noexcept;
+    /// The first half-edge of the loop whose twin lies on `other`: the edge the two faces
+    /// share, seen from this face; null if none.
+    inline TopoMeshEdge adjacent(TopoMeshFace other) const noexcept;
+    /// The number of half-edges (and corners) of the loop.
+    inline int numVertices() const noexcept;
+    /// The average of the corner points.
+    inline koLinear::Point centroid() const noexcept;
+    /// @}
 };
 
 /// @}
@@ -135,6 +177,9 @@ inline TopoMeshEdge TopoMeshVertex::firstEdge() const noexcept { return data_->f
 inline TopoMeshFace TopoMeshEdge::face() const noexcept { return data_->face; }
 
 } // namespace koGeom
+
+// The neighbourhood queries walk fans: their bodies come with the fan iterator.
+#include "geom/topomesh/TopoMeshEdgeVertexIterator.h"
 
 /// \name Hashing of handles
 /// @{

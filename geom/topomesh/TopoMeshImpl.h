@@ -105,6 +105,42 @@ public:
     void freeFaceRecord(TopoMeshFace face);
     /// @}
 
+    /// \name Editing
+    /// The editing operations of `TopoMesh`, which forwards to them; see there for each
+    /// contract. Each reports every record it creates, changes or frees before touching it.
+    /// @{
+    TopoMeshFace allocTriangle(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c);
+    TopoMeshFace allocQuad(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c, TopoMeshVertex d);
+    TopoMeshFace allocFace(const ko::vector<TopoMeshVertex>& vertices);
+    static TopoMeshEdge findEdge(TopoMeshVertex from, TopoMeshVertex to) noexcept;
+    static TopoMeshFace findFace(TopoMeshEdge e1, TopoMeshEdge e2) noexcept;
+    void setTwins(TopoMeshEdge e1, TopoMeshEdge e2);
+    void setFirstEdge(TopoMeshVertex vertex, TopoMeshEdge edge);
+    void setPoint(TopoMeshVertex vertex, const koLinear::Point& point);
+    void deleteFace(TopoMeshFace face);
+    bool deleteEdge(TopoMeshEdge edge);
+    TopoMeshFace deleteVertex(TopoMeshVertex vertex);
+    TopoMeshVertex contractEdge(TopoMeshEdge edge);
+    void splitEdge(TopoMeshEdge edge);
+    TopoMeshVertex splitVertex(TopoMeshVertex vertex, TopoMeshEdge edge);
+    TopoMeshVertex splitVertex(TopoMeshEdge into, TopoMeshEdge outOf);
+    void splitFace(TopoMeshEdge e1, TopoMeshEdge e2);
+    TopoMeshVertex subdivideEdge(TopoMeshEdge edge, const koLinear::Point& point);
+    TopoMeshVertex subdivideFace(TopoMeshFace face, const koLinear::Point& point);
+    TopoMeshEdge subdivideFace(TopoMeshFace face, TopoMeshVertex from, TopoMeshVertex to);
+    TopoMeshVertex subdivideFace(TopoMeshFace face, TopoMeshEdge edge,
+                                 const koLinear::Point& point);
+    TopoMeshFace subdivideFace(TopoMeshFace face, TopoMeshVertex from, TopoMeshVertex to,
+                               const ko::vector<koLinear::Point>& points,
+                               ko::vector<TopoMeshVertex>& newVertices);
+    bool swapEdge(TopoMeshEdge edge);
+    void mergeVertices(TopoMeshEdge e1, TopoMeshEdge e2);
+    void mergeFaces(TopoMeshEdge e1, TopoMeshEdge e2);
+    void deleteFaces(const ko::unordered_set<TopoMeshFace>& faces,
+                     const ko::vector<TopoMeshEdge>& border);
+    void deleteValenceTwoVertex(TopoMeshVertex vertex);
+    /// @}
+
     /// \name Transactions
     /// See `TopoMesh`, which forwards here.
     /// @{
@@ -115,6 +151,32 @@ public:
     /// @}
 
 private:
+    // The loop of a new face over `count` vertices: the face, then one half-edge per vertex
+    // in order, linked, each vertex without a first edge given its half-edge, then each
+    // half-edge paired with an unpaired one running the other way.
+    TopoMeshFace allocLoop(const TopoMeshVertex* vertices, std::size_t count);
+
+    // Reports `record` as modified; the short form used before every write.
+    void touch(TopoMeshVertexData* record) { recordModified(TopoMeshVertex(record)); }
+    void touch(TopoMeshEdgeData* record) { recordModified(TopoMeshEdge(record)); }
+    void touch(TopoMeshFaceData* record) { recordModified(TopoMeshFace(record)); }
+
+    void setTwinLinks(TopoMeshEdgeData* e1, TopoMeshEdgeData* e2);
+    void setOrigin(TopoMeshEdgeData* edge, TopoMeshVertexData* vertex);
+    void setFace(TopoMeshEdgeData* edge, TopoMeshFaceData* face);
+    void setVertexEdge(TopoMeshVertexData* vertex, TopoMeshEdgeData* edge);
+    void setFaceEdge(TopoMeshFaceData* face, TopoMeshEdgeData* edge);
+    // For a half-edge about to go: when its origin's first edge is it, the first other
+    // half-edge of the origin's fan, or null.
+    void repairFirstEdge(TopoMeshEdgeData* edge);
+    // Gives every half-edge of `vertex`'s fan the origin `vertex`.
+    void reassignOrigins(TopoMeshVertexData* vertex);
+    // Sets the face of every half-edge from `from`, following next, up to (not including)
+    // `until`.
+    void setLoopFace(TopoMeshEdgeData* from, const TopoMeshEdgeData* until, TopoMeshFaceData* face);
+    // A new half-edge inserted after `edge` in its face, from `vertex`.
+    TopoMeshEdgeData* insertAfter(TopoMeshEdgeData* edge, TopoMeshVertexData* vertex);
+
     void report(TopoMeshEntity entity, BulletinType bulletin) {
         if (recorder_ != nullptr && entity.data() != nullptr) {
             recordChange(entity, bulletin);

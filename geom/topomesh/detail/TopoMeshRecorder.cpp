@@ -52,7 +52,8 @@ TopoMeshRecorder::TopoMeshRecorder(TopoMeshAlloc* allocator, TopoMeshHeader* hea
       header_(header),
       scratch_(std::make_unique<std::byte[]>(
           std::max({allocator->vertexSize(), allocator->edgeSize(), allocator->faceSize()}))) {
-    root_ = new TopoMeshStateImpl(this, takeTag(), *header_, nullptr);
+    root_ = new TopoMeshStateImpl(this, peekTag(), *header_, nullptr);
+    consumeTag();
     current_ = root_;
 }
 
@@ -101,27 +102,35 @@ int TopoMeshRecorder::getChanges(ko::unordered_map<TopoMeshEntity, BulletinType>
     return static_cast<int>(changes.size());
 }
 
-int TopoMeshRecorder::takeTag() {
-    if (!freeTags_.empty()) {
-        const int tag = freeTags_.back();
+// The tag rule: the most recently released tag if there is one, else the next new one.
+int TopoMeshRecorder::peekTag() const noexcept {
+    return freeTags_.empty() ? nextTag_ : freeTags_.back();
+}
+
+void TopoMeshRecorder::consumeTag() noexcept {
+    if (freeTags_.empty()) {
+        ++nextTag_;
+    } else {
         freeTags_.pop_back();
-        return tag;
     }
-    return nextTag_++;
 }
 
 TopoMeshStateImpl* TopoMeshRecorder::createState() {
     if (pending_.empty()) {
         return current_;
     }
-    auto* state = new TopoMeshStateImpl(this, takeTag(), *header_, current_);
-    TopoMeshTransition transition{state, {}, true};
-    transition.changes.reserve(pending_.size());
+    // Everything that can fail to allocate comes first, so that a failure leaves the
+    // pending changes and the tree as they were.
+    ko::vector<TopoMeshChange> changes;
+    changes.reserve(pending_.size());
     for (const auto& [record, change] : pending_) {
-        transition.changes.push_back(change);
+        changes.push_back(change);
     }
+    current_->transitions.reserve(current_->transitions.size() + 1);
+    auto* state = new TopoMeshStateImpl(this, peekTag(), *header_, current_);
+    consumeTag();
     pending_.clear();
-    current_->transitions.push_back(std::move(transition));
+    current_->transitions.push_back(TopoMeshTransition{state, std::move(changes), true});
     makeCurrent(state);
     return state;
 }
@@ -178,12 +187,12 @@ void TopoMeshRecorder::setState(TopoMeshStateImpl* target) {
             seenDown.insert(down);
         }
     }
-    for (TopoMeshStateImpl* state = current_; state != common; state = state->parent) {
-        apply(transitionTo(state));
-    }
     ko::vector<TopoMeshStateImpl*> downward;
     for (TopoMeshStateImpl* state = target; state != common; state = state->parent) {
         downward.push_back(state);
+    }
+    for (TopoMeshStateImpl* state = current_; state != common; state = state->parent) {
+        apply(transitionTo(state));
     }
     for (auto state = downward.rbegin(); state != downward.rend(); ++state) {
         apply(transitionTo(*state));

@@ -74,7 +74,8 @@ public:
 
 private:
     void makeCurrent(TopoMeshStateImpl* state);
-    int takeTag();
+    int peekTag() const noexcept;
+    void consumeTag() noexcept;
     void prune(TopoMeshStateImpl* state);
     void destroy(TopoMeshStateImpl* state);
     void joinThrough(TopoMeshStateImpl* state);

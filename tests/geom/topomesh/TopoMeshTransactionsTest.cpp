@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <new>
 #include <random>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "geom/topomesh/TopoMeshState.h"
 #include "geom/topomesh/detail/TopoMeshImplAlloc.h"
 #include "tessar/rtb/SignalClient.h"
+#include "tests/support/HeapProbe.h"
 #include "tests/support/TopoMeshChecker.h"
 #include "tests/support/TopoMeshRecordFaces.h"
 
@@ -162,6 +164,29 @@ TEST(TopoMeshTransactions, ChangesReportTheFirstBulletinUnlessDeleted) {
     EXPECT_EQ(changes.at(gone), Bulletin::Deleted);
     EXPECT_EQ(changes.at(kept), Bulletin::Modified); // its next link changed twice
     EXPECT_EQ(changes.find(made)->first.getType(), TopoMeshTypedefs::EntityType::Vertex);
+}
+
+TEST(TopoMeshTransactions, FailedCreateStateKeepsThePendingChanges) {
+    TopoMesh mesh;
+    mesh.allocVertex();
+    mesh.enableTransactions();
+    const StateRef root = mesh.createState();
+    movePoint(mesh, mesh.firstVertex(), Point(1, 1, 1));
+    mesh.allocVertex();
+    ko::unordered_map<TopoMeshEntity, Bulletin> changes;
+    StateRef saved;
+    for (std::size_t allowed = 0; !saved; ++allowed) {
+        try {
+            heapProbe::FailureScope scope(allowed);
+            saved = mesh.createState();
+        } catch (const std::bad_alloc&) {
+            ASSERT_EQ(mesh.getChanges(changes), 2) << allowed;
+        }
+    }
+    EXPECT_NE(saved, root);
+    EXPECT_EQ(mesh.getChanges(changes), 0);
+    mesh.setState(root);
+    EXPECT_EQ(mesh.numVertices(), 1);
 }
 
 TEST(TopoMeshTransactions, ModifyingTwiceKeepsTheFirstCopy) {
