@@ -32,6 +32,7 @@ MeshFigures torusFigures(long vertices, long edges, long faces, std::map<int, lo
     figures.edges = edges;
     figures.faces = faces;
     figures.valences = std::move(valences);
+    std::erase_if(figures.valences, [](const auto& entry) { return entry.second == 0; });
     return figures;
 }
 

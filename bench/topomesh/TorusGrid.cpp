@@ -20,16 +20,29 @@ TorusGrid::TorusGrid(int columns, int rows) : columns(columns), rows(rows) {
         }
     }
     triangles.reserve(static_cast<std::size_t>(numTriangles()));
-    for (int row = 0; row < rows; ++row) {
+    // The lower triangle (a, b, c) and the upper one (a, c, d) of the quad at (column, row).
+    const auto lower = [&](int column, int row) {
+        triangles.push_back(
+            {vertex(column, row), vertex(column + 1, row), vertex(column + 1, row + 1)});
+    };
+    const auto upper = [&](int column, int row) {
+        triangles.push_back(
+            {vertex(column, row), vertex(column + 1, row + 1), vertex(column, row + 1)});
+    };
+    for (int row = 0; row + 1 < rows; ++row) {
         for (int column = 0; column < columns; ++column) {
-            const int a = vertex(column, row);
-            const int b = vertex(column + 1, row);
-            const int c = vertex(column + 1, row + 1);
-            const int d = vertex(column, row + 1);
-            triangles.push_back({a, b, c});
-            triangles.push_back({a, c, d});
+            lower(column, row);
+            upper(column, row);
         }
     }
+    // The last row closes the torus onto row 0; see the order in the header.
+    const int last = rows - 1;
+    lower(0, last);
+    for (int column = 1; column < columns; ++column) {
+        upper(column, last);
+        lower(column, last);
+    }
+    upper(0, last);
 }
 
 int TorusGrid::vertex(int column, int row) const {

@@ -23,8 +23,16 @@ struct TorusGrid {
     int columns;
     int rows;
     std::vector<std::array<double, 3>> points;
-    /// Three vertex indices per triangle, counter-clockwise seen from outside, quad by quad in
-    /// row order.
+    /// Three vertex indices per triangle, counter-clockwise seen from outside. Rows 0 to
+    /// rows − 2 come quad by quad, the lower triangle of each quad (below its rising diagonal)
+    /// first. The last row, which closes the torus onto row 0, comes in the order lower 0,
+    /// upper 1, lower 1, upper 2, …, lower (columns − 1), upper 0. A triangle of that row
+    /// added beside no other of its row touches the surface at a corner without sharing an
+    /// edge there, and TopoMesh pairs a new half-edge with its twin only by walking the fan
+    /// of the twin's origin from that vertex's first edge, which cannot cross such a touch.
+    /// In this order the next triangle always pairs through a vertex whose fan is whole, and
+    /// the touch is closed before any lookup needs to cross it; quad by quad, every diagonal
+    /// of the last row would stay unpaired.
     std::vector<std::array<int, 3>> triangles;
 };
 
