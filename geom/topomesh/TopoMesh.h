@@ -55,7 +55,10 @@ public:
     /// on. `allocator` must not be null.
     explicit TopoMesh(TopoMeshAlloc* allocator);
     /// A copy of `other`'s records and links, in the same list order, in pools from
-    /// `other`'s allocator's create slot. Transactions are off in the copy. O(n log n).
+    /// `other`'s allocator's create slot. Transactions are off in the copy. O(n): while it
+    /// copies, it lends one list link of each of `other`'s records to point at the record's
+    /// copy and gives it back before returning (also when an allocation fails), so `other`
+    /// must not be read from another thread meanwhile.
     TopoMesh(const TopoMesh& other);
     /// Copies `other` as the copy constructor does into a temporary and swaps it in: if an
     /// allocation fails the mesh is left as it was. Keeps this mesh's listeners.

@@ -135,6 +135,7 @@ TEST(TopoMesh, CopyKeepsOrderAndLinksInPoolsFromTheSourceAllocator) {
         EXPECT_EQ(checkTopoMesh(copy), "");
         EXPECT_EQ(pictureOf(copy), pictureOf(source));
         EXPECT_NE(copy.firstEdge(), source.firstEdge());
+        EXPECT_EQ(checkTopoMesh(source), ""); // the links lent during the copy are back
     }
 }
 
@@ -171,6 +172,7 @@ TEST(TopoMesh, FailedAssignmentLeavesTheTargetAsItWas) {
         } catch (const std::bad_alloc&) {
         }
         ASSERT_EQ(pictureOf(target), kept) << allowed;
+        ASSERT_EQ(checkTopoMesh(source), "") << allowed;
     }
     EXPECT_EQ(pictureOf(target), pictureOf(source));
 }
