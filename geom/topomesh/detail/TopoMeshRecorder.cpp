@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <functional>
 #include <utility>
 
 #include "geom/topomesh/detail/TopoMeshStateImpl.h"
@@ -126,6 +127,11 @@ TopoMeshStateImpl* TopoMeshRecorder::createState() {
     for (const auto& [record, change] : pending_) {
         changes.push_back(change);
     }
+    // In address order of the live records, so that switching states walks the mesh's pools
+    // forwards instead of in the hash table's order.
+    std::sort(changes.begin(), changes.end(), [](const TopoMeshChange& a, const TopoMeshChange& b) {
+        return std::less<void*>()(a.record, b.record);
+    });
     current_->transitions.reserve(current_->transitions.size() + 1);
     auto* state = new TopoMeshStateImpl(this, peekTag(), *header_, current_);
     consumeTag();
@@ -203,10 +209,13 @@ void TopoMeshRecorder::setState(TopoMeshStateImpl* target) {
 
 void TopoMeshRecorder::apply(TopoMeshTransition& transition) noexcept {
     transition.childSide = !transition.childSide;
+    // The three sizes asked of the allocator once per step rather than once per record.
+    const std::size_t sizes[] = {recordSize(EntityType::Vertex), recordSize(EntityType::Edge),
+                                 recordSize(EntityType::Face)};
     std::byte* scratch = scratch_.get();
     for (const TopoMeshChange& change : transition.changes) {
         if (change.snapshot != nullptr) {
-            const std::size_t size = recordSize(change.type);
+            const std::size_t size = sizes[static_cast<int>(change.type)];
             std::memcpy(scratch, change.record, size);
             std::memcpy(change.record, change.snapshot, size);
             std::memcpy(change.snapshot, scratch, size);
