@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <utility>
@@ -207,6 +208,23 @@ void TopoMeshRecorder::setState(TopoMeshStateImpl* target) {
     makeCurrent(target);
 }
 
+namespace {
+
+// Swaps two records of `count` 64-bit words a word at a time: records of pointers and doubles
+// (every size a multiple of 8) are swapped without a library call per record.
+void swapWords(void* a, void* b, std::size_t count) noexcept {
+    auto* left = static_cast<std::byte*>(a);
+    auto* right = static_cast<std::byte*>(b);
+    for (std::size_t i = 0; i < count; ++i, left += 8, right += 8) {
+        std::uint64_t word;
+        std::memcpy(&word, left, 8);
+        std::memcpy(left, right, 8);
+        std::memcpy(right, &word, 8);
+    }
+}
+
+} // namespace
+
 void TopoMeshRecorder::apply(TopoMeshTransition& transition) noexcept {
     transition.childSide = !transition.childSide;
     // The three sizes asked of the allocator once per step rather than once per record.
@@ -216,6 +234,10 @@ void TopoMeshRecorder::apply(TopoMeshTransition& transition) noexcept {
     for (const TopoMeshChange& change : transition.changes) {
         if (change.snapshot != nullptr) {
             const std::size_t size = sizes[static_cast<int>(change.type)];
+            if (size % sizeof(std::uint64_t) == 0) {
+                swapWords(change.record, change.snapshot, size / sizeof(std::uint64_t));
+                continue;
+            }
             std::memcpy(scratch, change.record, size);
             std::memcpy(change.record, change.snapshot, size);
             std::memcpy(change.snapshot, scratch, size);
