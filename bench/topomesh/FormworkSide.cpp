@@ -277,8 +277,8 @@ void memory(benchmark::State& state) {
 // The edit: swapEdge on the diagonal of every other quad in both directions of the grid,
 // 90,910 quads whose corners are all distinct. Each swap modifies the six half-edges and two
 // faces of its quad and three of its corners (the fourth already has the first edge it is
-// given): 1,000,009 records on this grid, counted by getChanges. One iteration is setState to the state
-// before the edit and back to the one after, which swaps every modified record with its
+// given): 1,000,009 records on this grid, counted by getChanges. One iteration is setState to the
+// state before the edit and back to the one after, which swaps every modified record with its
 // snapshot twice; the bytes are the modified records' sizes, twice.
 void setState(benchmark::State& state) {
     const TorusGrid& grid = benchGrid();

@@ -1,6 +1,7 @@
 #include "bench/topomesh/TaskTimer.h"
 
 #include <malloc.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -68,6 +69,12 @@ void reportRatios(benchmark::State& state, const std::string& task, double secon
             state.counters[name] = seconds / median(found->second);
         }
     }
+}
+
+double threadSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
 long residentBytes() {

@@ -2,7 +2,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <map>
 #include <string>
 
@@ -33,6 +32,11 @@ void recordSeconds(const std::string& task, Library library, double seconds);
 /// iteration over the median of the peer's recorded repetitions of the same task.
 void reportRatios(benchmark::State& state, const std::string& task, double seconds);
 
+/// The CPU seconds this thread has used, user and system (page faults included). The tasks
+/// are timed by it rather than by the wall clock, which on a machine shared with other work
+/// also counts the time the thread waits for a core.
+double threadSeconds();
+
 /// One task of one library, registered with `UseManualTime()`. Each iteration runs
 /// `prepare()` untimed (building the input of an edit), times `work()`, then runs `finish()`
 /// untimed, which checks the result, frees it and returns an error text or an empty string.
@@ -44,12 +48,12 @@ void runTask(benchmark::State& state, const std::string& task, Library library, 
     double total = 0.0;
     for (auto _ : state) {
         prepare();
-        const auto start = std::chrono::steady_clock::now();
+        const double start = threadSeconds();
         work();
         benchmark::ClobberMemory();
-        const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-        state.SetIterationTime(elapsed.count());
-        total += elapsed.count();
+        const double elapsed = threadSeconds() - start;
+        state.SetIterationTime(elapsed);
+        total += elapsed;
         const std::string error = finish();
         if (!error.empty()) {
             state.SkipWithError(error.c_str());

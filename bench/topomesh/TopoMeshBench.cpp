@@ -4,10 +4,10 @@
 //
 // Each task is one benchmark per library: BM_<task>/CGAL, BM_<task>/OpenMesh and
 // BM_<task>/Formwork, registered in that order. Every benchmark times only the task itself
-// (manual time; building the input of an edit, checking the result and freeing the mesh are
-// outside the timed region) and records its time per iteration under its task. The Formwork
-// benchmark, which runs last, reports the counters vs_CGAL and vs_OpenMesh: its time over
-// the median of the peer's repetitions recorded earlier in the same run (so filter on the
+// (manual time, by the thread's CPU clock; building the input of an edit, checking the result and
+// freeing the mesh are outside the timed region) and records its time per iteration under its task.
+// The Formwork benchmark, which runs last, reports the counters vs_CGAL and vs_OpenMesh: its time
+// over the median of the peer's repetitions recorded earlier in the same run (so filter on the
 // task, not on the library, to get ratios). Every result is checked: counts, Euler
 // characteristic 0 and valences, the smoothed points against a reference computed on the
 // grid, and for TopoMesh every half-edge link.
