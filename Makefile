@@ -7,7 +7,7 @@ CMAKE_ARGS ?=
 
 BUILD_PACKAGES := g++ cmake make
 TEST_PACKAGES := libgtest-dev libgmock-dev
-BENCH_PACKAGES := libbenchmark-dev libpcl-dev libglm-dev libnanoflann-dev
+BENCH_PACKAGES := libbenchmark-dev libpcl-dev libglm-dev libnanoflann-dev libcgal-dev libopenmesh-dev
 # The second compiler, with its sanitizer runtimes, for `make asan-clang`.
 CLANG_PACKAGES := clang libclang-rt-dev
 
