@@ -195,26 +195,23 @@ TEST(Camera, PrintsItselfAndItsPartsWordForWord) {
     viewport.setOrigin(10.0, 20.0);
     viewport.setSize(200.0, 100.0);
     viewport.setDepthRange(0.2, 1.0);
+    camera.setViewport(viewport);
     EyeSpaceFrustum frustum;
     frustum.setFrame({-1.0, -2.0}, {3.0, 2.0});
     frustum.setDepthRange(2.0, 10.0, false);
+    camera.setFrustum(frustum);
     const std::string lens = "  aov 0.960\n  asp 1.000\n  nea 1.000\n  far 100.000\n";
     const std::pair<std::function<void(koOS::DebugChannel&)>, std::string> cases[] = {
-        {[&](auto& c) { camera.debugPrint(c, "main"); },
-         "main Camera is\n"
-         "main Viewport is\n  origin 0.00 0.00\n  size   200.00 100.00\n  range  0.00 1.00\n"
-         "main frustum is\n  top 1.000\n  bot -1.000\n  lef -1.000\n  rig 1.000\n"
-         "  nea 1.000\n  far 100.000\n"
+        {[&](auto& c) { camera.debugPrint(c, nullptr); },
+         "unnamed Camera is\n"
+         "unnamed Viewport is\n  origin 10.00 20.00\n  size   200.00 100.00\n  range  0.20 1.00\n"
+         "unnamed frustum is\n  top 2.000\n  bot -2.000\n  lef -1.000\n  rig 3.000\n"
+         "  nea 2.000\n  far 10.000\n"
          "w2e Matrix is\n"
          "  0.000000000000 0.000000000000 1.000000000000\n"
          "  1.000000000000 0.000000000000 0.000000000000\n"
          "  0.000000000000 1.000000000000 0.000000000000\n"
          "  0.500000000000 -0.250000000000 0.333333333333\n"},
-        {[&](auto& c) { viewport.debugPrint(c, "main"); },
-         "main Viewport is\n  origin 10.00 20.00\n  size   200.00 100.00\n  range  0.20 1.00\n"},
-        {[&](auto& c) { frustum.debugPrint(c, nullptr); },
-         "unnamed frustum is\n  top 2.000\n  bot -2.000\n  lef -1.000\n  rig 3.000\n"
-         "  nea 2.000\n  far 10.000\n"},
         // Deliberate: the lens's second heading takes the name as given, null or not.
         {[](auto& c) { AngleAspect().debugPrint(c, "cam"); },
          "cam AngleAspect is\ncam lens is\n" + lens},
@@ -222,7 +219,7 @@ TEST(Camera, PrintsItselfAndItsPartsWordForWord) {
          "unnamed AngleAspect is\n(null) lens is\n" + lens},
     };
     for (const auto& [print, text] : cases) EXPECT_EQ(koGeomTest::printedText(print), text);
-    EXPECT_EQ(koGeomTest::printedText([&](auto& c) { frustum.debugPrint(c, "main"); }, false), "");
+    EXPECT_EQ(koGeomTest::printedText([&](auto& c) { camera.debugPrint(c, "main"); }, false), "");
 }
 
 } // namespace

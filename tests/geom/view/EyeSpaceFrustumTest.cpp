@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-
 #include "geom/view/AngleAspect.h"
 #include "tests/geom/view/ExpectMatrix.h"
 
