@@ -13,12 +13,6 @@ namespace {
 using Ints = std::vector<int>;
 
 template <class T>
-void fill(Array<T>& a, const std::vector<T>& values) {
-    a.setCount(int(values.size()));
-    std::copy(values.begin(), values.end(), a.elements());
-}
-
-template <class T>
 std::vector<T> contents(const Array<T>& a) {
     return {a.elements(), a.elements() + a.count()};
 }
@@ -26,13 +20,13 @@ std::vector<T> contents(const Array<T>& a) {
 // Strips with the given lengths and offsets whose vertex i sits at (first + i, 0, 0).
 LineStrips strips(float first, const Ints& lengths, const Ints& offsets) {
     LineStrips s;
-    std::vector<MeshVertex> vertices(std::reduce(lengths.begin(), lengths.end()));
-    for (std::size_t i = 0; i < vertices.size(); ++i) {
-        vertices[i].set(first + float(i), 0.0f, 0.0f);
-    }
-    fill(s.vertices(), vertices);
-    fill(s.lengths(), lengths);
-    fill(s.offsets(), offsets);
+    s.vertices().setCount(std::reduce(lengths.begin(), lengths.end()));
+    for (int i = 0; i < s.vertices().count(); ++i)
+        s.vertices().elements()[i].set(first + float(i), 0, 0);
+    s.lengths().setCount(int(lengths.size()));
+    std::copy(lengths.begin(), lengths.end(), s.lengths().elements());
+    s.offsets().setCount(int(offsets.size()));
+    std::copy(offsets.begin(), offsets.end(), s.offsets().elements());
     return s;
 }
 
@@ -46,21 +40,17 @@ TEST(LineStrips, DeliberateAddKeepsTheAppendedOffsetsUntilRecomputed) {
     s.computeOffsets();
     EXPECT_EQ(contents(s.offsets()), (Ints{0, 5, 7}));
     EXPECT_EQ(s.getSizeInBytes(), 4 * (3 * (10 + 6) + 3 + 3));
-
     s.add(s); // onto itself: every array doubles, the offsets again as they were
     EXPECT_EQ(contents(s.vertices())[10].x, 0.0f);
     EXPECT_EQ(contents(s.offsets()), (Ints{0, 5, 7, 0, 5, 7}));
     EXPECT_EQ(LineStrips().getSizeInBytes(), 72);
-}
 
-TEST(LineStrips, MovesCopyAndLeaveTheSourceWhole) {
-    LineStrips source = strips(1, {2, 2}, {0, 2});
-    LineStrips moved(std::move(source));
+    LineStrips moved(std::move(s)); // moves copy and leave the source whole
     LineStrips assigned = strips(9, {1}, {});
-    assigned = std::move(source);
-    for (const LineStrips* s : {&source, &moved, &assigned}) {
-        EXPECT_EQ(contents(s->vertices()), contents(strips(1, {2, 2}, {}).vertices()));
-        EXPECT_EQ(contents(s->offsets()), (Ints{0, 2}));
+    assigned = std::move(s);
+    for (const LineStrips* t : {&s, &moved, &assigned}) {
+        EXPECT_EQ(contents(t->vertices())[19].x, 104.0f);
+        EXPECT_EQ(contents(t->offsets()), (Ints{0, 5, 7, 0, 5, 7}));
     }
 }
 

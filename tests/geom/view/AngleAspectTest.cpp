@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <numbers>
-#include <string>
 
-#include "geom/entity/LibraryDebugChannel.h"
 #include "geom/view/EyeSpaceFrustum.h"
 #include "tests/geom/view/ExpectMatrix.h"
 
@@ -40,20 +38,6 @@ TEST(AngleAspect, MatrixFrustumAndEquality) {
     EXPECT_TRUE(back == lens);
     back.setAngleOfViewRad(lens.getAngleOfViewRad() + koLinear::toRadians(2e-6));
     EXPECT_FALSE(back == lens);
-}
-
-TEST(AngleAspect, DeliberateSecondHeadingTakesTheNameAsGiven) {
-    koOS::DebugChannel& channel = debugChannel();
-    std::string printed;
-    channel.setSink([&printed](std::string_view text) { printed += text; });
-    channel.setEnabled(true);
-    AngleAspect().debugPrint(channel, "cam");
-    AngleAspect().debugPrint(); // the library's channel by default
-    channel.setEnabled(false);
-    channel.setSink(nullptr);
-    const std::string values = "  aov 0.960\n  asp 1.000\n  nea 1.000\n  far 100.000\n";
-    EXPECT_EQ(printed, "cam AngleAspect is\ncam lens is\n" + values +
-                           "unnamed AngleAspect is\n(null) lens is\n" + values);
 }
 
 } // namespace
