@@ -177,53 +177,6 @@ TEST(CompactMesh, SizeInBytesByHand) {
     EXPECT_EQ(mesh.getSizeInBytes(), expected);
 }
 
-TEST(CompactMesh, ModifiedDropsDerivedDataBeforeListenersHear) {
-    CompactMesh mesh;
-    fillVertices(mesh, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}});
-    mesh.resizeTriangleArray(2);
-    fill(mesh.getTriStrips(), {{0, 1, 2, 3}});
-    fill(mesh.getTriFans(), {{0, 1, 2}});
-    fill(mesh.getLineStrips(), {{0, 1}, {2, 3}});
-    fill(mesh.getPolys(), {{0, 1, 3, 2}});
-    const auto prepare = [&mesh] {
-        mesh.allocTriangleNormalArray();
-        mesh.getLineStripStarts();
-        mesh.getPolyStarts();
-    };
-    // What a listener finds in the mesh while it is called.
-    const auto snapshot = [](const PointMesh& seen, const EntityModification&) {
-        const auto& m = static_cast<const CompactMesh&>(seen);
-        return "normals " + std::to_string(m.getTriangleNormals() != nullptr) + " strips " +
-               std::to_string(m.getNumTriStrips()) + " fans " + std::to_string(m.getNumTriFans()) +
-               " line strips " + std::to_string(m.getNumLineStrips()) + " starts " +
-               std::to_string(m.getLineStrips().numStarts()) +
-               std::to_string(m.getPolys().numStarts());
-    };
-    NoticeRecorder listener(mesh, snapshot);
-
-    prepare();
-    MeshModification topology(&mesh, Type::TopologyModified, nullptr);
-    topology.lineStripsValid();
-    mesh.modified(topology);
-    prepare();
-    MeshModification keepNormals(&mesh, Type::TopologyModified, nullptr);
-    keepNormals.triangleNormalsValid();
-    mesh.modified(keepNormals);
-    prepare();
-    MeshModification moved(&mesh, Type::Transformed, nullptr);
-    mesh.modified(moved);
-    prepare();
-    MeshModification movedKeepingNormals(&mesh, Type::Transformed, nullptr);
-    movedKeepingNormals.triangleNormalsValid();
-    mesh.modified(movedKeepingNormals);
-
-    ASSERT_EQ(listener.seen.size(), 4u);
-    EXPECT_EQ(listener.seen[0].snapshot, "normals 0 strips 0 fans 0 line strips 2 starts 00");
-    EXPECT_EQ(listener.seen[1].snapshot, "normals 1 strips 0 fans 0 line strips 0 starts 00");
-    EXPECT_EQ(listener.seen[2].snapshot, "normals 0 strips 0 fans 0 line strips 0 starts 01");
-    EXPECT_EQ(listener.seen[3].snapshot, "normals 1 strips 0 fans 0 line strips 0 starts 01");
-}
-
 TEST(CompactMesh, SwapExchangesOnlyMeshesWithoutAllocators) {
     CompactMesh a;
     a.resizeTriangleArray(3);

@@ -141,43 +141,6 @@ TEST(PointMesh, ResizingKeepsRangesUntilANoticeSaysOtherwise) {
     EXPECT_EQ(channelNames(mesh), "vertices,uvs");
 }
 
-TEST(PointMesh, ModifiedDropsInvalidChannelsBeforeListenersHear) {
-    PointMesh mesh;
-    fillVertices(mesh, {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}});
-    mesh.allocNormalArray();
-    mesh.allocAttributes("weights", 1);
-    mesh.allocColourArray();
-    mesh.allocUVArray();
-    // The channels, then whether the notice says the weights, vertices, normals, uvs, sts,
-    // colours and triangles are modified and the normals, uvs, sts and colours valid.
-    const auto snapshot = [](const PointMesh& m, const EntityModification& notice) {
-        const auto& mod = static_cast<const MeshModification&>(notice);
-        std::string text = channelNames(m) + (m.getColours() == nullptr ? " no-colours " : " ");
-        for (bool answer :
-             {mod.areVertexAttribsModified("weights"), mod.areVerticesModified(),
-              mod.areNormalsModified(), mod.areUVsModified(), mod.areSTsModified(),
-              mod.areColoursModified(), mod.areTrianglesModified(), mod.areNormalsValid(),
-              mod.areUVsValid(), mod.areSTsValid(), mod.areColoursValid()}) {
-            text += answer ? '1' : '0';
-        }
-        return text;
-    };
-    NoticeRecorder first(mesh, snapshot);
-    NoticeRecorder second(mesh, snapshot);
-
-    // Two neighbouring channels are invalid: the walk must not skip the second.
-    MeshModification mod(&mesh, Type::TopologyModified, nullptr);
-    mod.normalsValid();
-    mod.uvsModified();
-    mesh.modified(mod);
-    for (const NoticeRecorder* listener : {&first, &second}) {
-        ASSERT_EQ(listener->seen.size(), 1u);
-        EXPECT_EQ(listener->seen[0].notice, &mod);
-        EXPECT_EQ(listener->seen[0].snapshot, "vertices,normals,uvs no-colours 11010111101");
-    }
-    EXPECT_LT(first.seen[0].call, second.seen[0].call);
-}
-
 TEST(PointMesh, SizeInBytesByHand) {
     PointMesh mesh;
     fillVertices(mesh, std::vector<MeshVertex>(10, MeshVertex{1, 2, 3}));
