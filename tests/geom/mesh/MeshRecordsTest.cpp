@@ -12,13 +12,11 @@ namespace koGeom {
 namespace {
 
 TEST(MeshRecords, NarrowingRoundsToNearestAndWideningIsExact) {
+    // The float nearest 0.1 comes back as itself, not as 0.1.
     MeshVertex vertex;
     const double tenth[3] = {0.1, -0.1, 1e30};
     vertex.set(tenth);
-    EXPECT_EQ(vertex.y, -0.1f);
-    // The float nearest 0.1 comes back as itself, not as 0.1.
-    EXPECT_EQ(vertex.asPoint().x, static_cast<double>(0.1f));
-
+    EXPECT_EQ(vertex.asPoint(), koLinear::Point(0.1f, -0.1f, 1e30f));
     // Just above the midpoint between 1 + 2^-23 and 1 + 2^-22: nearest is the upper float,
     // where truncation would keep the lower one. At the exact midpoint between 1 and
     // 1 + 2^-23, ties go to the even float, 1.
