@@ -12,10 +12,6 @@
 #include "geom/entity/Entity.h"
 #include "geom/mesh/CompactMesh.h"
 #include "geom/mesh/MeshModification.h"
-#include "geom/mesh/MoveableMesh.h"
-#include "geom/spatial/BoundingBox.h"
-#include "geom/storage/MoveableArrayAllocator.h"
-#include "tessar/os/MoveableAllocator.h"
 #include "tests/support/MeshBuilders.h"
 #include "tests/support/MeshShapes.h"
 
@@ -146,46 +142,6 @@ TEST(NoticeFlow, ForwardingAcrossThreeEntitiesStopsAtTheLoop) {
     EXPECT_EQ(far->forwarded, 1);
     ASSERT_EQ(chains.size(), 1u);
     EXPECT_EQ(chains[0], (std::vector<const Entity*>{far.get(), near.get(), mesh.get()}));
-}
-
-TEST(NoticeFlow, TypicalRoadThroughMoveableStorage) {
-    koOS::MoveableAllocator chunks;
-    ko::Reference<MoveableArrayAllocator> storage(new MoveableArrayAllocator(chunks));
-    // The allocator is given while the mesh is empty, so every array is keyed by itself.
-    ko::Reference<CompactMesh> mesh(new CompactMesh(storage));
-    {
-        ko::Reference<MoveableMesh> open(new MoveableMesh(*mesh));
-        koGeomTest::makeCube(*mesh);
-        mesh->allocNormalArray();
-        mesh->allocTriangleNormalArray();
-        BoundingBox box;
-        mesh->getBoundingBox(box); // caches the range before the move
-    }
-    // Idle: the arrays are out of memory.
-    EXPECT_EQ(mesh->getVertices(), nullptr);
-    ko::Reference<MoveableMesh> open(new MoveableMesh(*mesh));
-
-    // The host moves the mesh and says so.
-    NoticeRecorder recorder(*mesh, derivedState);
-    for (int i = 0; i < mesh->getNumVertices(); ++i) {
-        mesh->getVertices()[i].x += 10.0f;
-    }
-    MeshModification moved(mesh.get(), MeshModification::Type::Transformed, nullptr);
-    mesh->modified(moved);
-    ASSERT_EQ(recorder.seen.size(), 1u);
-    EXPECT_EQ(recorder.seen[0].snapshot, "vertices 000000");
-
-    // The range is rescanned after the notice.
-    BoundingBox box;
-    mesh->getBoundingBox(box);
-    EXPECT_EQ(box.minPt().x, 10.0f);
-    mesh->getVertices()[0].x = -50.0f;
-
-    // Unmapped and mapped again, possibly elsewhere: the contents are intact.
-    open.reset();
-    open = new MoveableMesh(*mesh);
-    EXPECT_EQ(mesh->getVertices()[0].x, -50.0f);
-    EXPECT_EQ(mesh->getTriangles()[11], (MeshTriangle{{1, 7, 5}}));
 }
 
 } // namespace

@@ -52,21 +52,15 @@ TEST(PointMesh, ChannelCreationRules) {
     PointMesh mesh;
     EXPECT_EQ(mesh.allocAttributes("weights", 1), nullptr); // no vertices yet
     fillVertices(mesh, {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}});
-    for (auto [name, dimension] : {std::pair{"vertices", 3},
-                                   {"normals", 2},
-                                   {"uvs", 3},
-                                   {"sts", 1},
-                                   {"colours", 3},
-                                   {"weights", 0},
-                                   {"weights", 5}}) {
+    const std::pair<const char*, int> refused[] = {{"vertices", 3}, {"normals", 2}, {"uvs", 3},
+                                                   {"sts", 1},      {"colours", 3}, {"weights", 0},
+                                                   {"weights", 5}};
+    for (auto [name, dimension] : refused) {
         EXPECT_EQ(mesh.allocAttributes(name, dimension), nullptr) << name << dimension;
     }
     MeshAttributes* normals = mesh.allocAttributes("normals", 3);
-    ASSERT_NE(normals, nullptr);
     EXPECT_EQ(mesh.allocAttributes("normals", 3), normals);
-    MeshAttributes* weights = mesh.allocAttributes("weights", 1);
-    ASSERT_NE(weights, nullptr);
-    EXPECT_EQ(weights->getNumElements(), 3);
+    EXPECT_EQ(mesh.allocAttributes("weights", 1)->getNumElements(), 3);
     EXPECT_EQ(mesh.allocAttributes("weights", 2), nullptr);
     // Names are exact: "Normals" is a client channel of any width.
     EXPECT_NE(mesh.allocAttributes("Normals", 2), nullptr);
@@ -75,15 +69,13 @@ TEST(PointMesh, ChannelCreationRules) {
     mesh.allocUVArray();
     EXPECT_EQ(channelNames(mesh), "vertices,normals,weights,Normals,sts,uvs");
     EXPECT_EQ(mesh.getUVsAttr(), mesh.getAttributes(5));
-    EXPECT_EQ(mesh.getAttributes(6), nullptr);
 
     // Deleting keeps the order of the rest; "vertices" and unknown names are refused.
     mesh.deleteAttributes("vertices");
     mesh.deleteAttributes("missing");
     mesh.deleteNormals();
     EXPECT_EQ(channelNames(mesh), "vertices,weights,Normals,sts,uvs");
-    EXPECT_EQ(mesh.getNormals(), nullptr);
-    EXPECT_EQ(mesh.getSTsAttr(), sts);
+    EXPECT_TRUE(mesh.getNormals() == nullptr && mesh.getSTsAttr() == sts);
 
     // Names are added to what the caller's set already holds.
     ko::set<koString::CString> names{"kept"};
