@@ -126,19 +126,6 @@ TEST(PointMesh, ResizingKeepsRangesUntilANoticeSaysOtherwise) {
     EXPECT_EQ(channelNames(mesh), "vertices,uvs");
 }
 
-TEST(PointMesh, SizeInBytesByHand) {
-    PointMesh mesh;
-    fillVertices(mesh, std::vector<MeshVertex>(10, MeshVertex{1, 2, 3}));
-    // 160 for the mesh, 4 + 16 for the empty selection's one word, 30 floats and 88.
-    EXPECT_EQ(mesh.getSizeInBytes(), 160 + 20 + 120 + 88);
-    mesh.getSelectedVertices().resize(64);
-    mesh.allocUVArray();
-    EXPECT_EQ(mesh.getSizeInBytes(), 160 + 28 + 120 + 88 + 80 + 88);
-    // The selection is the client's to size.
-    mesh.resizeVertexArray(3);
-    EXPECT_EQ(mesh.getSelectedVertices().size(), 64);
-}
-
 TEST(PointMesh, AssignmentCopiesChannelsIntoTheirSourceAllocator) {
     ko::Reference<RecordingAllocator> allocator(new RecordingAllocator);
     PointMesh source(allocator);
