@@ -11,7 +11,6 @@ namespace {
 
 std::atomic<std::size_t> callCount{0};
 std::atomic<std::size_t> latestSize{0};
-std::atomic<std::size_t> failureCount{0};
 // Requests still allowed before failures start; the maximum means never fail.
 std::atomic<std::size_t> allowance{std::numeric_limits<std::size_t>::max()};
 
@@ -21,7 +20,6 @@ void* request(std::size_t size) noexcept {
     std::size_t left = allowance.load(std::memory_order_relaxed);
     while (left != std::numeric_limits<std::size_t>::max()) {
         if (left == 0) {
-            failureCount.fetch_add(1, std::memory_order_relaxed);
             return nullptr;
         }
         if (allowance.compare_exchange_weak(left, left - 1, std::memory_order_relaxed)) {
@@ -43,7 +41,6 @@ void* requestOrThrow(std::size_t size) {
 
 std::size_t calls() { return callCount.load(std::memory_order_relaxed); }
 std::size_t lastSize() { return latestSize.load(std::memory_order_relaxed); }
-std::size_t failures() { return failureCount.load(std::memory_order_relaxed); }
 void failAfter(std::size_t successes) { allowance.store(successes, std::memory_order_relaxed); }
 void stopFailing() {
     allowance.store(std::numeric_limits<std::size_t>::max(), std::memory_order_relaxed);

@@ -11,8 +11,6 @@ namespace heapProbe {
 std::size_t calls();
 /// The size of the latest request.
 std::size_t lastSize();
-/// Requests refused since the program started.
-std::size_t failures();
 /// Lets `successes` more requests through, then fails each one until `stopFailing()`.
 void failAfter(std::size_t successes);
 void stopFailing();

@@ -12,7 +12,7 @@
 namespace koGeomTest {
 
 /// The owner's access to attribute channels, for tests and benchmarks: it makes, copies and
-/// destroys channels and changes their allocator, as the owning mesh does. `MeshAttributes`
+/// destroys channels, as the owning mesh does. `MeshAttributes`
 /// names this type as its one friend besides the mesh.
 struct MeshAttributesAccess {
     static void destroy(koGeom::MeshAttributes* channel) noexcept { delete channel; }
@@ -30,11 +30,6 @@ struct MeshAttributesAccess {
 
     static Owned copy(const koGeom::MeshAttributes& source) {
         return Owned(new koGeom::MeshAttributes(source));
-    }
-
-    static void setArrayAllocator(koGeom::MeshAttributes& channel,
-                                  ko::Reference<koGeom::ArrayAllocator> allocator) {
-        channel.setArrayAllocator(std::move(allocator));
     }
 };
 

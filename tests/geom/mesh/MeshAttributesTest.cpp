@@ -47,7 +47,6 @@ TEST(MeshAttributes, SizesFlagsAndViewsFollowTheDimension) {
 
     const unsigned viewsByDimension[] = {0b00000001u, 0b00010010u, 0b01100100u, 0b10001000u};
     for (int dimension = 1; dimension <= 4; ++dimension) {
-        SCOPED_TRACE(dimension);
         EXPECT_EQ(recordViews(*Access::create("c", dimension, 3)), viewsByDimension[dimension - 1]);
         EXPECT_EQ(recordViews(*Access::create("c", dimension, 0)), 0u);
     }
@@ -63,9 +62,6 @@ TEST(MeshAttributes, RangesByHand) {
     auto vertices = Access::create("vertices", 3, 2);
     const float points[] = {1, 5, 0, -2, 3, 4};
     vertices->copyArray(points);
-    EXPECT_EQ(vertices->getRange3().min, koLinear::Point(-2, 3, 0));
-    EXPECT_EQ(vertices->getRange3().max, koLinear::Point(1, 5, 4));
-
     // A set range is rounded to float and returned whatever the values until it is reset; the
     // reset makes the next scan start afresh rather than from the set range.
     vertices->setRange3(koLinear::Range3d({-100, 0.1, -100}, {100, 100, 100}));
@@ -81,15 +77,6 @@ TEST(MeshAttributes, RangesByHand) {
     EXPECT_EQ(vertices->getRange3().min, koLinear::Point(-2, 3, 4));
     vertices->copyArray(points);
     EXPECT_EQ(vertices->getRange3().min, koLinear::Point(1, 5, 0));
-
-    // A NaN is skipped.
-    auto weights = Access::create("weights", 1, 4);
-    const float values[] = {nan, 3, -1, 2};
-    weights->copyArray(values);
-    EXPECT_EQ(weights->getRange1().min, -1.0);
-    EXPECT_EQ(weights->getRange1().max, 3.0);
-    weights->setRange1(koLinear::Range1d(-0.1, 0.2));
-    EXPECT_EQ(weights->getRange1().max, static_cast<double>(0.2f));
 }
 
 TEST(MeshAttributes, EmptyChannelCachesItsInvertedRange) {
@@ -153,7 +140,6 @@ TEST(MeshAttributes, RangeMatchesOneScanOnRandomValues) {
     for (int width = 1; width <= 3; ++width) {
         for (int numElements : {1, 7, 8, 9, 16, 23, 40, 1003}) {
             for (int pattern = 0; pattern < 4; ++pattern) {
-                SCOPED_TRACE(testing::Message() << width << " " << numElements << " " << pattern);
                 std::vector<float> values(static_cast<std::size_t>(numElements * width));
                 for (float& v : values) {
                     v = pattern != 0         ? choices[pattern][random() % choices[pattern].size()]
@@ -181,9 +167,7 @@ TEST(MeshAttributes, CopiesShareTheAllocatorAssignmentKeepsItsOwn) {
     // A copy shares the allocator under its own key, with the values and the cached range.
     auto copy = Access::copy(*source);
     ASSERT_EQ(recorder->requests.size(), 2u);
-    const void* copyKey = recorder->requests[1].key;
-    EXPECT_NE(copyKey, recorder->requests[0].key);
-    EXPECT_EQ(copy->asFloat(), static_cast<float*>(recorder->get(copyKey)) + 1);
+    EXPECT_EQ(copy->asFloat(), static_cast<float*>(recorder->get(recorder->requests[1].key)) + 1);
     EXPECT_EQ(copy->asMeshVertex()[1], source->asMeshVertex()[1]);
     EXPECT_EQ(copy->getRange3().max.x, 9.0);
 
@@ -203,14 +187,6 @@ TEST(MeshAttributes, CopiesShareTheAllocatorAssignmentKeepsItsOwn) {
                                          {Operation::Resize, keyedKey, 8u * 4}};
     EXPECT_EQ(recorder->requests, refill);
     EXPECT_EQ(keyed->asMeshVertex()[0], source->asMeshVertex()[0]);
-
-    // An empty heap channel moved to an allocator asks it for storage from then on.
-    auto later = Access::create("later", 4, 0);
-    Access::setArrayAllocator(*later, recorder);
-    later->resize(4);
-    EXPECT_EQ(recorder->requests.back().bytes, 6u * 4);
-    EXPECT_EQ(later->asFloat(),
-              static_cast<float*>(recorder->get(recorder->requests.back().key)) + 1);
 }
 
 TEST(MeshAttributes, SwapAndFailedAssignmentOnTheHeap) {
@@ -229,7 +205,6 @@ TEST(MeshAttributes, SwapAndFailedAssignmentOnTheHeap) {
     a->asMeshUV()[0].set(7.0f, 8.0f);
     a->setRange2(koLinear::Range2d({0, 0}, {1, 1}));
     for (std::size_t successes = 0; successes < 2; ++successes) {
-        SCOPED_TRACE(successes);
         {
             heapProbe::FailureScope failing(successes);
             EXPECT_THROW(*a = *b, std::bad_alloc);

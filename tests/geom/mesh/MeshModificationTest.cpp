@@ -27,24 +27,19 @@ private:
 using Type = MeshModification::Type;
 
 TEST(MeshModification, InitialMasksFollowTheKindOfChange) {
-    const Notice moved(nullptr, Type::Transformed, nullptr);
-    EXPECT_EQ(moved.EntityModification::getType(), EntityModificationType::Mesh);
-    EXPECT_TRUE(moved.areVerticesTransformed());
-    EXPECT_EQ(moved.modifiedMask(), 0x1u);
-    EXPECT_EQ(moved.validMask(), 0xFFFFFBFDu);
-    EXPECT_TRUE(moved.areVertexAttribsValid("weights"));
-
-    const Notice rebuilt(nullptr, Type::TopologyModified, nullptr);
-    EXPECT_TRUE(rebuilt.topologyModified());
-    EXPECT_EQ(rebuilt.modifiedMask(), 0x21u);
-    EXPECT_EQ(rebuilt.validMask(), 0x21u);
-    EXPECT_FALSE(rebuilt.areVertexAttribsValid("weights"));
-
-    for (Type type : {Type::AttributesModified, static_cast<Type>(7)}) {
-        const Notice painted(nullptr, type, nullptr);
-        EXPECT_EQ(painted.modifiedMask(), 0u);
-        EXPECT_EQ(painted.validMask(), 0xFFFFFFFFu);
-        EXPECT_TRUE(painted.areVertexAttribsValid("weights"));
+    struct Case {
+        Type type;
+        std::uint32_t modified, valid;
+    };
+    for (const Case& c :
+         {Case{Type::Transformed, 0x1u, 0xFFFFFBFDu}, Case{Type::TopologyModified, 0x21u, 0x21u},
+          Case{Type::AttributesModified, 0u, 0xFFFFFFFFu},
+          Case{static_cast<Type>(7), 0u, 0xFFFFFFFFu}}) {
+        const Notice notice(nullptr, c.type, nullptr);
+        EXPECT_EQ(notice.EntityModification::getType(), EntityModificationType::Mesh);
+        EXPECT_EQ(notice.modifiedMask(), c.modified);
+        EXPECT_EQ(notice.validMask(), c.valid);
+        EXPECT_EQ(notice.areVertexAttribsValid("weights"), c.type != Type::TopologyModified);
     }
 }
 

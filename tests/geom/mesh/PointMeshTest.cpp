@@ -29,15 +29,13 @@ TEST(PointMesh, ConstructionFromArrays) {
     const MeshColour colours[] = {{1, 0, 0, 1}, {0, 1, 0, 0.5f}};
     const PointMesh mesh(2, vertices, normals, nullptr, colours);
     EXPECT_EQ(channelNames(mesh), "vertices,normals,colours");
-    EXPECT_EQ(mesh.getVertices()[1], vertices[1]);
     EXPECT_EQ(mesh.getColoursRaw()[7], 0.5f);
 
     // Below one vertex there are no channels, but the count is kept as given; queries of
     // missing channels give empty ranges, in double.
     for (int n : {0, -2}) {
         PointMesh empty(n, vertices, normals, nullptr, colours);
-        EXPECT_EQ(empty.getNumVertices(), n);
-        EXPECT_EQ(empty.getNumAttributes(), 0);
+        EXPECT_TRUE(empty.getNumVertices() == n && empty.getNumAttributes() == 0);
         BoundingBox box; // the zero box, which is valid
         empty.getBoundingBox(box);
         EXPECT_FALSE(box.isValid());
@@ -48,31 +46,21 @@ TEST(PointMesh, ConstructionFromArrays) {
         empty.setNormalsComputed(true);
         EXPECT_FALSE(empty.getNormalsComputed());
     }
-    // The names exist once, shared with the rest of the library.
-    EXPECT_EQ(&PointMesh::ColoursName, &meshColoursName);
 }
 
 TEST(PointMesh, ChannelCreationRules) {
-    PointMesh empty;
-    EXPECT_EQ(empty.allocAttributes("weights", 1), nullptr);
-
     PointMesh mesh;
+    EXPECT_EQ(mesh.allocAttributes("weights", 1), nullptr); // no vertices yet
     fillVertices(mesh, {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}});
-    for (auto [name, dimension] : {std::pair{"vertices", 3},
-                                   {"normals", 2},
-                                   {"uvs", 3},
-                                   {"sts", 1},
-                                   {"colours", 3},
-                                   {"weights", 0},
-                                   {"weights", 5}}) {
+    const std::pair<const char*, int> refused[] = {{"vertices", 3}, {"normals", 2}, {"uvs", 3},
+                                                   {"sts", 1},      {"colours", 3}, {"weights", 0},
+                                                   {"weights", 5}};
+    for (auto [name, dimension] : refused) {
         EXPECT_EQ(mesh.allocAttributes(name, dimension), nullptr) << name << dimension;
     }
     MeshAttributes* normals = mesh.allocAttributes("normals", 3);
-    ASSERT_NE(normals, nullptr);
     EXPECT_EQ(mesh.allocAttributes("normals", 3), normals);
-    MeshAttributes* weights = mesh.allocAttributes("weights", 1);
-    ASSERT_NE(weights, nullptr);
-    EXPECT_EQ(weights->getNumElements(), 3);
+    EXPECT_EQ(mesh.allocAttributes("weights", 1)->getNumElements(), 3);
     EXPECT_EQ(mesh.allocAttributes("weights", 2), nullptr);
     // Names are exact: "Normals" is a client channel of any width.
     EXPECT_NE(mesh.allocAttributes("Normals", 2), nullptr);
@@ -81,22 +69,19 @@ TEST(PointMesh, ChannelCreationRules) {
     mesh.allocUVArray();
     EXPECT_EQ(channelNames(mesh), "vertices,normals,weights,Normals,sts,uvs");
     EXPECT_EQ(mesh.getUVsAttr(), mesh.getAttributes(5));
-    EXPECT_EQ(mesh.getAttributes(6), nullptr);
 
     // Deleting keeps the order of the rest; "vertices" and unknown names are refused.
     mesh.deleteAttributes("vertices");
     mesh.deleteAttributes("missing");
     mesh.deleteNormals();
     EXPECT_EQ(channelNames(mesh), "vertices,weights,Normals,sts,uvs");
-    EXPECT_EQ(mesh.getNormals(), nullptr);
-    EXPECT_EQ(mesh.getSTsAttr(), sts);
+    EXPECT_TRUE(mesh.getNormals() == nullptr && mesh.getSTsAttr() == sts);
 
     // Names are added to what the caller's set already holds.
     ko::set<koString::CString> names{"kept"};
     mesh.getAttributeNames(names);
-    EXPECT_TRUE(names.count("kept") == 1 && names.count("vertices") == 1 &&
-                names.count("Normals") == 1 && names.count("normals") == 0);
-    EXPECT_EQ(names.size(), static_cast<std::size_t>(mesh.getNumAttributes()) + 1);
+    EXPECT_EQ(names,
+              (ko::set<koString::CString>{"kept", "vertices", "weights", "Normals", "sts", "uvs"}));
 }
 
 TEST(PointMesh, ResizingKeepsRangesUntilANoticeSaysOtherwise) {
@@ -141,94 +126,6 @@ TEST(PointMesh, ResizingKeepsRangesUntilANoticeSaysOtherwise) {
     EXPECT_EQ(channelNames(mesh), "vertices,uvs");
 }
 
-TEST(PointMesh, ModifiedDropsInvalidChannelsBeforeListenersHear) {
-    PointMesh mesh;
-    fillVertices(mesh, {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}});
-    mesh.allocNormalArray();
-    mesh.allocAttributes("weights", 1);
-    mesh.allocColourArray();
-    mesh.allocUVArray();
-    // The channels, then whether the notice says the weights, vertices, normals, uvs, sts,
-    // colours and triangles are modified and the normals, uvs, sts and colours valid.
-    const auto snapshot = [](const PointMesh& m, const EntityModification& notice) {
-        const auto& mod = static_cast<const MeshModification&>(notice);
-        std::string text = channelNames(m) + (m.getColours() == nullptr ? " no-colours " : " ");
-        for (bool answer :
-             {mod.areVertexAttribsModified("weights"), mod.areVerticesModified(),
-              mod.areNormalsModified(), mod.areUVsModified(), mod.areSTsModified(),
-              mod.areColoursModified(), mod.areTrianglesModified(), mod.areNormalsValid(),
-              mod.areUVsValid(), mod.areSTsValid(), mod.areColoursValid()}) {
-            text += answer ? '1' : '0';
-        }
-        return text;
-    };
-    NoticeRecorder first(mesh, snapshot);
-    NoticeRecorder second(mesh, snapshot);
-
-    // Two neighbouring channels are invalid: the walk must not skip the second.
-    MeshModification mod(&mesh, Type::TopologyModified, nullptr);
-    mod.normalsValid();
-    mod.uvsModified();
-    mesh.modified(mod);
-    for (const NoticeRecorder* listener : {&first, &second}) {
-        ASSERT_EQ(listener->seen.size(), 1u);
-        EXPECT_EQ(listener->seen[0].notice, &mod);
-        EXPECT_EQ(listener->seen[0].snapshot, "vertices,normals,uvs no-colours 11010111101");
-    }
-    EXPECT_LT(first.seen[0].call, second.seen[0].call);
-}
-
-TEST(PointMesh, SizeInBytesByHand) {
-    PointMesh mesh;
-    fillVertices(mesh, std::vector<MeshVertex>(10, MeshVertex{1, 2, 3}));
-    // 160 for the mesh, 4 + 16 for the empty selection's one word, 30 floats and 88.
-    EXPECT_EQ(mesh.getSizeInBytes(), 160 + 20 + 120 + 88);
-    mesh.getSelectedVertices().resize(64);
-    mesh.allocUVArray();
-    EXPECT_EQ(mesh.getSizeInBytes(), 160 + 28 + 120 + 88 + 80 + 88);
-    // The selection is the client's to size.
-    mesh.resizeVertexArray(3);
-    EXPECT_EQ(mesh.getSelectedVertices().size(), 64);
-}
-
-TEST(PointMesh, SwapAndSetArrayAllocator) {
-    PointMesh a;
-    fillVertices(a, {{1, 1, 1}, {2, 2, 2}});
-    a.getSelectedVertices().resize(5);
-    PointMesh b;
-    fillVertices(b, {{3, 3, 3}});
-    b.allocColourArray();
-    const MeshAttributes* aVertices = a.getVerticesAttr();
-    const MeshAttributes* bColours = b.getColoursAttr();
-    a.swap(b);
-    EXPECT_EQ(a.getColoursAttr(), bColours);
-    EXPECT_EQ(b.getVerticesAttr(), aVertices);
-    EXPECT_EQ(b.getColoursAttr(), nullptr);
-    EXPECT_EQ(b.getSelectedVertices().size(), 5);
-
-    // Deliberate: with an allocator on either side, swap does nothing and says nothing.
-    PointMesh keyed(ko::Reference<ArrayAllocator>(new RecordingAllocator));
-    fillVertices(keyed, {{4, 4, 4}, {5, 5, 5}, {6, 6, 6}});
-    const MeshAttributes* keyedVertices = keyed.getVerticesAttr();
-    for (int direction = 0; direction < 2; ++direction) {
-        direction == 0 ? keyed.swap(b) : b.swap(keyed);
-        EXPECT_EQ(keyed.getVerticesAttr(), keyedVertices);
-        EXPECT_EQ(b.getVerticesAttr(), aVertices);
-        EXPECT_EQ(b.getNumVertices(), 2);
-    }
-
-    // Setting an allocator moves every channel; channels made later go there too.
-    ko::Reference<RecordingAllocator> allocator(new RecordingAllocator);
-    b.allocAttributes("weights", 1);
-    b.setArrayAllocator(allocator);
-    EXPECT_EQ(allocator->requests.size(), 2u);
-    b.allocColourArray();
-    ASSERT_EQ(allocator->requests.size(), 3u);
-    EXPECT_EQ(allocator->requests[2].bytes, 10 * sizeof(float));
-    EXPECT_EQ(allocator->get(allocator->requests[2].key),
-              static_cast<const void*>(b.getColoursRaw() - 1));
-}
-
 TEST(PointMesh, AssignmentCopiesChannelsIntoTheirSourceAllocator) {
     ko::Reference<RecordingAllocator> allocator(new RecordingAllocator);
     PointMesh source(allocator);
@@ -244,7 +141,6 @@ TEST(PointMesh, AssignmentCopiesChannelsIntoTheirSourceAllocator) {
 
     target = source;
     EXPECT_TRUE(heard.seen.empty());
-    EXPECT_EQ(target.getArrayAllocator(), nullptr);
     EXPECT_EQ(channelNames(target), "vertices,weights");
     EXPECT_EQ(target.getAttributes("weights")->asFloat()[2], 0.5f);
     EXPECT_NE(target.getSelectedVertices().isBitSet(1), 0u);
@@ -261,42 +157,6 @@ TEST(PointMesh, AssignmentCopiesChannelsIntoTheirSourceAllocator) {
     const MeshAttributes* vertices = target.getVerticesAttr();
     target = static_cast<const PointMesh&>(target);
     EXPECT_EQ(target.getVerticesAttr(), vertices);
-}
-
-// Assignment copies everything aside before it touches the target, so a failure at any
-// request leaves the target as it was.
-TEST(PointMesh, FailedAssignmentLeavesTheTargetUnchanged) {
-    PointMesh source;
-    fillVertices(source, {{1, 1, 1}, {2, 2, 2}, {3, 3, 3}, {4, 4, 4}});
-    source.allocAttributes("weights", 2);
-    source.allocColourArray();
-    source.getSelectedVertices().resize(40);
-    PointMesh target;
-    fillVertices(target, {{5, 5, 5}, {6, 6, 6}});
-    target.allocNormalArray();
-    target.getSelectedVertices().resize(3);
-    target.getSelectedVertices().setBit(2);
-    const MeshAttributes* vertices = target.getVerticesAttr();
-
-    int failures = 0;
-    for (std::size_t allowed = 0;; ++allowed, ++failures) {
-        try {
-            heapProbe::FailureScope scope(allowed);
-            target = source;
-            break;
-        } catch (const std::bad_alloc&) {
-        }
-        SCOPED_TRACE(allowed);
-        ASSERT_EQ(channelNames(target), "vertices,normals");
-        EXPECT_EQ(target.getVerticesAttr(), vertices);
-        EXPECT_EQ(target.getVertices()[1], (MeshVertex{6, 6, 6}));
-        EXPECT_EQ(target.getNumVertices(), 2);
-        EXPECT_EQ(target.getSelectedVertices().size(), 3);
-        EXPECT_EQ(target.getSelectedVertices().numSet(), 1);
-    }
-    // Three channels and the selection each need storage.
-    EXPECT_GE(failures, 4);
-    EXPECT_EQ(channelNames(target), "vertices,weights,colours");
 }
 
 } // namespace

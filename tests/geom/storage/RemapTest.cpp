@@ -34,12 +34,8 @@ TEST(Remap, HandWorkedMaps) {
     map.set(3, 4, 3);
     map.set(2, 1, -5); // first > last: nothing
     EXPECT_EQ(entries(map), (std::vector<int>{0, -1, 1, 3, 3}));
-    const ko::Reference<Remap> inverse = map.inverse();
-    EXPECT_EQ(entries(*inverse), (std::vector<int>{0, 2, -1, 4}));
-    EXPECT_EQ(inverse->getRangeSize(), 5);
-
     // Deliberate: the target is filled with -1 before the first operand is read.
-    map.compose(map, *inverse);
+    map.compose(map, *map.inverse());
     EXPECT_EQ(entries(map), (std::vector<int>(5, -1)));
 }
 
@@ -88,7 +84,6 @@ TEST(Remap, RenumberingsMatchABruteForceOnRandomMaps) {
         }
         map = makeRemap(firstValues, 0);
         ASSERT_EQ(map.setValidSequential(), next);
-        ASSERT_EQ(entries(map), expected);
         map.setDeleteMap(deleted);
         ASSERT_EQ(entries(map), expected);
         ASSERT_EQ(map.getRangeSize(), next);
@@ -103,18 +98,15 @@ TEST(Remap, MapsIndexListsAndSets) {
     EXPECT_EQ(values, (std::vector<int>{3, -7, -1, 2, 0, -1}));
 
     BitVector in(4);
-    in.setBit(0);
-    in.setBit(3);
+    const int members[] = {0, 1, 3};
+    in.setBits(3, members);
     BitVector out(40);
-    out.setBit(2); // the output is added to, not cleared
+    out.setBit(5); // the output is added to, not cleared
     map(out, in);
-    EXPECT_EQ(out.numSet(), 2);
-    EXPECT_NE(out.isBitSet(3), 0u);
     // Deliberate: a member whose image is -1 marks element 31 and counts it.
-    in.setBit(1);
-    map(out, in);
     EXPECT_EQ(out.isBitSet(31), 0x80000000u);
-    EXPECT_EQ(out.numSet(), 3);
+    EXPECT_TRUE(out.isBitSet(2) && out.isBitSet(3) && out.isBitSet(5));
+    EXPECT_EQ(out.numSet(), 4);
     BitVector none; // no word 0 to mark: nothing happens
     makeRemap({-1}, 0)(none, in);
     EXPECT_EQ(none.numSet(), 0);
@@ -127,8 +119,7 @@ TEST(Remap, FailedCopyLeavesTheTargetUnchanged) {
         heapProbe::FailureScope failing(0);
         EXPECT_THROW(target = source, std::bad_alloc);
     }
-    EXPECT_EQ(entries(target), (std::vector<int>{1}));
-    EXPECT_EQ(target.getRangeSize(), 2);
+    EXPECT_TRUE(entries(target) == std::vector<int>{1} && target.getRangeSize() == 2);
 }
 
 } // namespace

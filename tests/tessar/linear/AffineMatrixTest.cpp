@@ -29,12 +29,6 @@ TEST(AffineMatrix, TransformsAndProductsByHand) {
     const AffineMatrix turn = AffineMatrix::makeRotation({0, 0, 1}, std::numbers::pi / 2);
     EXPECT_TRUE(near(Point() * (move * turn), Point(0, 1, 0), 1e-15));
     EXPECT_TRUE(near(Point() * (turn * move), Point(1, 0, 0), 1e-15));
-    const AffineMatrix shear({1, 0, 0}, {2, 1, 0}, {0, 3, 1}, {-1, -2, -3});
-    EXPECT_EQ((Point(0.5, -1.5, 2) * handMatrix) * shear,
-              Point(0.5, -1.5, 2) * (handMatrix * shear));
-}
-
-TEST(AffineMatrix, RotationFollowsTheRightHandRule) {
     // About a non-unit x axis, y turns to z; a third of a turn about (1, 1, 1) takes x to y.
     const AffineMatrix aboutX = AffineMatrix::makeRotation({2, 0, 0}, std::numbers::pi / 2);
     EXPECT_TRUE(near(Vector(0, 1, 0) * aboutX, Vector(0, 0, 1), 1e-15));
@@ -45,7 +39,6 @@ TEST(AffineMatrix, RotationFollowsTheRightHandRule) {
 
 TEST(AffineMatrix, DeterminantAndInverseByHand) {
     EXPECT_EQ(handMatrix.determinant(), 2.0);
-    EXPECT_EQ(AffineMatrix::makeScale(-1, 2, 3).determinant(), -6.0);
     // The inverse of the quarter turn is its transpose, z is halved, and the translation is
     // -(10, 20, 30) taken through that: -(20, -10, 15). Inverting in place gives the same.
     const AffineMatrix expected({0, -1, 0}, {1, 0, 0}, {0, 0, 0.5}, {-20, 10, -15});
@@ -60,7 +53,6 @@ TEST(AffineMatrix, InverseTimesMatrixIsIdentityOnRandomMatrices) {
     std::uniform_real_distribution<double> unit(-1.0, 1.0);
     std::uniform_real_distribution<double> scale(0.5, 2.0);
     for (int i = 0; i < 200; ++i) {
-        SCOPED_TRACE(i);
         // A rotation, an unequal scale and a move: condition number at most 4.
         const AffineMatrix m =
             AffineMatrix::makeRotation({unit(random), unit(random), unit(random)},
@@ -82,7 +74,6 @@ TEST(AffineMatrix, SingularMatricesAreNotInverted) {
     EXPECT_FALSE(dependent.normalMatrix(out));
     EXPECT_EQ(out, untouched);
     EXPECT_EQ(dependent.inverse(), AffineMatrix());
-    EXPECT_FALSE(AffineMatrix(0.0).inverse(out));
     // Rows at an angle of 1e-11 are nearly dependent; at 1e-9 they are not. A small but
     // well-shaped matrix is invertible, whatever its scale.
     EXPECT_FALSE(AffineMatrix({1, 0, 0}, {1, 1e-11, 0}, {0, 0, 1}, {}).inverse(out));
@@ -100,10 +91,7 @@ TEST(AffineMatrix, NormalMatrixKeepsNormalsPerpendicular) {
     ASSERT_TRUE(stretch.normalMatrix(normals));
     EXPECT_EQ(normals, AffineMatrix::makeScale(1, 0.5, 1));
     EXPECT_EQ(dot(Vector(1, -1, 0) * stretch, Vector(1, 1, 0) * normals), 0.0);
-    // For a rotation the normal matrix is the rotation itself; a mirror keeps its sign.
-    const AffineMatrix turn = AffineMatrix::makeRotation({1, 2, 3}, 0.7);
-    ASSERT_TRUE(turn.normalMatrix(normals));
-    EXPECT_TRUE(near(normals, turn, 1e-15));
+    // A mirror keeps its sign.
     ASSERT_TRUE(AffineMatrix::makeScale(-1, 1, 1).normalMatrix(normals));
     EXPECT_EQ(normals, AffineMatrix::makeScale(-1, 1, 1));
 }
@@ -117,7 +105,6 @@ TEST(AffineMatrix, SetFrameTranslateAndStrictEquivalence) {
     // Translated by (1, 0, 0), the point (-1, 0, 0) lands where the origin did.
     AffineMatrix moved = handMatrix;
     moved.translate({1, 0, 0});
-    EXPECT_EQ(Point(-1, 0, 0) * moved, Point(10, 20, 30));
     EXPECT_EQ(moved, AffineMatrix::makeTranslation({1, 0, 0}) * handMatrix);
     // One element off by exactly the tolerance is outside it.
     EXPECT_FALSE(equivalent(handMatrix, moved, 1.0));
@@ -130,14 +117,12 @@ TEST(AffineMatrix2, TransformsProductsAndInverseByHand) {
     // (1, 2) * m = (2, 0) + 2*(1, 3) + (5, 7) = (9, 13); the tuple skips the move: (4, 6).
     EXPECT_EQ(Point2(1, 2) * m, Point2(9, 13));
     EXPECT_EQ(Tuple2(1, 2) * m, Tuple2(4, 6));
-    EXPECT_EQ(m.determinant(), 6.0);
     // Inverse of [[2, 0], [1, 3]] is [[1/2, 0], [-1/6, 1/3]]; translation -(5, 7) through it:
     // -(5/2 - 7/6, 7/3) = (-4/3, -7/3).
     AffineMatrix2 inverse;
     ASSERT_TRUE(m.inverse(inverse));
     EXPECT_TRUE(
         near(inverse, AffineMatrix2({0.5, 0}, {-1.0 / 6, 1.0 / 3}, {-4.0 / 3, -7.0 / 3}), 1e-15));
-    EXPECT_TRUE(near(m * inverse, AffineMatrix2(1.0), 1e-15));
 
     // A quarter turn counter-clockwise after a move by (1, 0) takes the origin to (0, 1).
     const AffineMatrix2 turn = AffineMatrix2::makeRotation(std::numbers::pi / 2);
@@ -148,15 +133,11 @@ TEST(AffineMatrix2, TransformsProductsAndInverseByHand) {
     EXPECT_EQ(Point2(1, 0) * moved, Point2() * m);
     // The translations differ by 2 in x: the comparison covers them too.
     EXPECT_FALSE(equivalent(m, moved, 2.0));
-    AffineMatrix2 frame;
-    frame.setFrame({1, 1}, {0, 1}, {-1, 0});
-    EXPECT_EQ(Point2(2, 3) * frame, Point2(-2, 3));
 
     const AffineMatrix2 flat({1, 2}, {2, 4}, {1, 1});
     inverse = m;
     EXPECT_FALSE(flat.inverse(inverse));
     EXPECT_EQ(inverse, m);
-    EXPECT_EQ(flat.inverse(), AffineMatrix2());
 }
 
 TEST(AffineMatrixFlt, TransformsInFloatLikeTheDoubleMatrix) {
@@ -167,32 +148,20 @@ TEST(AffineMatrixFlt, TransformsInFloatLikeTheDoubleMatrix) {
     EXPECT_EQ(VectorFlt(1, 2, 3) * m, VectorFlt(-2, 1, 6));
     AffineMatrixFlt moved = m;
     moved.translate({1, 0, 0});
-    EXPECT_EQ(PointFlt(-1, 0, 0) * moved, PointFlt(10, 20, 30));
     EXPECT_EQ(PointFlt() * (m * moved), PointFlt(10, 20, 30) * moved);
 
     AffineMatrixFlt inverse;
     ASSERT_TRUE(m.inverse(inverse));
     EXPECT_EQ(inverse, AffineMatrixFlt({0, -1, 0}, {1, 0, 0}, {0, 0, 0.5f}, {-20, 10, -15}));
-    AffineMatrixFlt normals;
-    ASSERT_TRUE(m.normalMatrix(normals));
-    EXPECT_EQ(normals, AffineMatrixFlt({0, 1, 0}, {-1, 0, 0}, {0, 0, 0.5f}, {}));
     const AffineMatrixFlt flat({1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {});
     EXPECT_FALSE(flat.inverse(inverse));
     EXPECT_EQ(inverse(2, 2), 0.5f);
-    EXPECT_EQ(flat.inverse(), AffineMatrixFlt());
-}
-
-TEST(AffineMatrixFlt, ConversionsRoundEachElement) {
+    // Conversion rounds each element.
     const AffineMatrix rotation = AffineMatrix::makeRotation({1, 2, 3}, 0.3);
     const AffineMatrixFlt narrow(rotation);
     for (int i = 0; i < 12; ++i) {
         EXPECT_EQ(narrow.data()[i], static_cast<float>(rotation.data()[i]));
     }
-    EXPECT_TRUE(near(AffineMatrix(narrow), rotation, 1e-7));
-    AffineMatrixFlt shifted = narrow;
-    shifted(3, 0) += 0.5f;
-    EXPECT_FALSE(equivalent(narrow, shifted, 0.5f));
-    EXPECT_TRUE(equivalent(narrow, shifted, 0.75f));
 }
 
 } // namespace

@@ -14,16 +14,10 @@
 namespace koLinear {
 namespace {
 
-TEST(Vector, ArithmeticAndNormalizeByHand) {
-    const Vector a(1, 2, 3);
-    const Vector b(4, -5, 6);
-    EXPECT_EQ(a - 2.0 * b, Vector(-7, 12, -9));
-    // 1*4 + 2*(-5) + 3*6 = 12; (2*6 - 3*(-5), 3*4 - 1*6, 1*(-5) - 2*4) = (27, 6, -13).
-    EXPECT_EQ(dot(a, b), 12.0);
-    EXPECT_EQ(cross(a, b), Vector(27, 6, -13));
-    Vector c = a;
-    c[2] = a[0] + 10 * a[1];
-    EXPECT_EQ(c, Vector(1, 2, 21));
+TEST(Vector, CrossAndNormalizeByHand) {
+    // (2*6 - 3*(-5), 3*4 - 1*6, 1*(-5) - 2*4) = (27, 6, -13).
+    EXPECT_EQ(cross(Vector(1, 2, 3), Vector(4, -5, 6)), Vector(27, 6, -13));
+    EXPECT_EQ(cross(VectorFlt(1, 2, 3), VectorFlt(4, -5, 6)), VectorFlt(27, 6, -13));
     // normalize() returns the old length (a zero vector stays zero: see the Normal test).
     Vector v(3, 4, 12);
     EXPECT_EQ(v.normalize(), 13.0);
@@ -50,11 +44,6 @@ TEST(Vector, EquivalentParallelAndAngle) {
 }
 
 TEST(VectorFlt, ArithmeticInFloatAndRoundingConversions) {
-    VectorFlt v(3, 4, 12);
-    EXPECT_EQ(v.normalize(), 13.0f);
-    EXPECT_EQ(v, VectorFlt(3.0f / 13.0f, 4.0f / 13.0f, 12.0f / 13.0f));
-    EXPECT_EQ(dot(VectorFlt(1, 2, 3), VectorFlt(4, -5, 6)), 12.0f);
-    EXPECT_EQ(cross(VectorFlt(1, 2, 3), VectorFlt(4, -5, 6)), VectorFlt(27, 6, -13));
     // In float, 1 + 2^-24 rounds to 1 after each addition; summed in double and rounded once,
     // the length would come out as 1 + 2^-23.
     const float tinyY = std::ldexp(1.0f, -12);
@@ -68,22 +57,14 @@ TEST(VectorFlt, ArithmeticInFloatAndRoundingConversions) {
     EXPECT_EQ(tiny, VectorFlt(std::ldexp(1.0f, -149), 0.0f, std::ldexp(1.0f, -148)));
 }
 
-TEST(Normal, AxesReversalAndConversions) {
-    EXPECT_EQ(Vector(Normal::unitX()) + Normal::unitY() * 2.0 + Normal::unitZ() * 3.0,
-              Vector(1, 2, 3));
+TEST(Normal, ReversalAndConversions) {
     Normal n = Normal::unitY();
     n.reverse();
     EXPECT_EQ(n, Normal(0, -1, 0));
-    EXPECT_EQ(-n, Normal::unitY());
     // From a vector the direction is normalised: (0, 3, 4) / 5; zero stays zero, not NaN.
     EXPECT_EQ(Normal(Vector(0, 3, 4)), Normal(0, 0.6, 0.8));
     EXPECT_EQ(Normal(Vector()), Normal());
-    static_assert(std::is_convertible_v<Normal, Vector>);
-    static_assert(!std::is_convertible_v<Vector, Normal>);
-}
-
-TEST(Angle, DegreesAndRadians) {
-    EXPECT_DOUBLE_EQ(toRadians(-90.0), -std::numbers::pi / 2);
+    static_assert(std::is_convertible_v<Normal, Vector> && !std::is_convertible_v<Vector, Normal>);
     EXPECT_DOUBLE_EQ(toDegrees(std::numbers::pi / 4), 45.0);
 }
 

@@ -26,24 +26,15 @@ TEST(DebugChannel, PrintsOnlyWhenEnabledToTheSinkOrStandardError) {
     channel.setEnabled(true);
     channel.setSink({});
     channel.print("back to stderr\n");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "camera main: 1.500\nback to stderr\n");
-    EXPECT_EQ(messages, std::vector<std::string>{"vertices(1200) maxDepth(6): 0.250000 s\n"});
-}
-
-TEST(DebugChannel, LongMessagesArriveWhole) {
-    DebugChannel channel;
-    channel.setEnabled(true);
-    std::vector<std::string> messages;
+    // Lengths around the 512-byte formatting buffer on the stack, and far past it.
     channel.setSink([&messages](std::string_view message) { messages.emplace_back(message); });
-    // Lengths around the 512-byte formatting buffer on the stack (511 characters and the
-    // terminator fill it), and far past it.
-    for (std::size_t length : {510u, 511u, 512u, 513u, 100000u}) {
-        SCOPED_TRACE(length);
-        const std::string text(length, 'x');
-        messages.clear();
-        channel.print("%s", text.c_str());
-        EXPECT_EQ(messages, std::vector<std::string>{text});
+    for (std::size_t length : {511u, 512u, 100000u}) {
+        channel.print("%s", std::string(length, 'x').c_str());
+        EXPECT_EQ(messages.back(), std::string(length, 'x'));
     }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "camera main: 1.500\nback to stderr\n");
+    EXPECT_EQ(messages.size(), 4u);
+    EXPECT_EQ(messages.front(), "vertices(1200) maxDepth(6): 0.250000 s\n");
 }
 
 } // namespace

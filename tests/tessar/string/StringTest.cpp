@@ -11,7 +11,6 @@
 #include <random>
 #include <set>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 #include "tessar/core/Containers.h"
@@ -45,9 +44,6 @@ void checkCopyAndMove(const Text& longText) {
     EXPECT_TRUE(a.empty());
     a = std::move(moved);
     EXPECT_TRUE(moved.empty());
-    Text copy;
-    copy = a;
-    EXPECT_EQ(copy.view(), longText.view());
     static_assert(std::is_nothrow_move_constructible_v<Text> &&
                   std::is_nothrow_move_assignable_v<Text>);
 
@@ -121,22 +117,25 @@ std::u16string referenceDecode(std::string_view text) {
 
 } // namespace
 
-TEST(CString, ConstructsFromEachSource) {
+TEST(CString, ConstructsAppendsAndKeepsInnerNul) {
     const char* none = nullptr;
-    for (const CString& empty : {CString(), CString(none), CString(none, 0)}) {
-        EXPECT_STREQ(empty.c_str(), "");
-    }
-    EXPECT_TRUE(CString() == none);
-    EXPECT_TRUE(CString("a") > none);
-    EXPECT_EQ(CString("uvs and sts", 3).view(), "uvs");
+    EXPECT_TRUE(CString(none) == none && CString(none, 0).empty() && CString("a") > none);
+    CString text("uvs and sts", 3);
+    text.append(std::string_view("icesXYZ", 4)).append("!?", 1).append(none, 0);
+    text += '\0';
     // A NUL inside is kept: the size and comparisons see it, c_str() stops at it.
-    const CString withNul("ab\0cd", 5);
-    EXPECT_EQ(withNul.view(), std::string_view("ab\0cd", 5));
-    EXPECT_STREQ(withNul.c_str(), "ab");
-    EXPECT_NE(withNul, CString("ab"));
+    EXPECT_EQ(text.view(), std::string_view("uvsices!\0", 9));
+    EXPECT_STREQ(text.c_str(), "uvsices!");
+    text.reserve(500);
+    const heapProbe::Scope heap;
+    for (int i = 0; i < 40; ++i) {
+        text += "0123456789";
+    }
+    EXPECT_EQ(heap.calls(), 0u);
+    EXPECT_EQ(text.size(), 409u);
 }
 
-TEST(CString, OrderAndEqualityMatchBytewiseReference) {
+TEST(CString, OrderEqualityAndHashMatchBytewiseReference) {
     // A small alphabet makes equal strings and shared prefixes common; bytes on both sides of
     // 0x80 catch a signed byte comparison.
     const char alphabet[] = {'a', 'b', 'A', '\x7f', '\x80', '\xff'};
@@ -146,94 +145,35 @@ TEST(CString, OrderAndEqualityMatchBytewiseReference) {
         std::generate_n(std::back_inserter(text), engine() % 6,
                         [&] { return alphabet[engine() % 6]; });
     }
+    const ko::hash<CString> hash;
     for (const std::string& a : strings) {
         for (const std::string& b : strings) {
-            // The order worked out independently: unsigned bytes, a proper prefix first.
             const auto order = std::lexicographical_compare_three_way(
                 a.begin(), a.end(), b.begin(), b.end(),
                 [](unsigned char x, unsigned char y) { return x <=> y; });
             const CString ca(a);
-            ASSERT_EQ(ca == CString(b), order == 0);
             ASSERT_EQ(ca <=> CString(b), order);
-            ASSERT_EQ(ca == b.c_str(), order == 0);
             ASSERT_EQ(ca <=> b.c_str(), order);
             ASSERT_EQ(ca == std::string_view(b), order == 0);
-            ASSERT_EQ(ca <=> std::string_view(b), order);
+            ASSERT_TRUE(order != 0 || hash(ca) == hash(b));
         }
     }
 }
 
-TEST(CString, HashAgreesWithEqualityAndLooksUpByView) {
-    const ko::hash<CString> hash;
-    EXPECT_EQ(hash(CString::format("%s%s", "norm", "als")), hash("normals"));
-    std::unordered_set<CString, ko::hash<CString>, std::equal_to<>> channels{"uvs", "sts"};
-    EXPECT_NE(channels.find(std::string_view("sts")), channels.end());
-}
-
 TEST(CString, FormatsAnyLength) {
     EXPECT_EQ(formatThroughList("%d %s %.2f", -42, "name", 1.5).view(), "-42 name 1.50");
-    EXPECT_TRUE(CString::format("%s", "").empty());
     // Lengths around the 256-byte stack buffer, where a second pass starts, and well past it.
-    for (int length : {254, 255, 256, 257, 258, 6000}) {
-        SCOPED_TRACE(length);
-        const CString padded = formatThroughList("%*d", length, 7);
-        EXPECT_EQ(padded.view(), std::string(length - 1, ' ') + "7");
+    for (int length : {1, 255, 256, 257, 6000}) {
+        EXPECT_EQ(formatThroughList("%*d", length, 7).view(), std::string(length - 1, ' ') + "7");
     }
-}
-
-TEST(CString, AppendsAndReserves) {
-    CString text;
-    const char* none = nullptr;
-    text.append("vert").append(std::string_view("icesXYZ", 4)).append("!?", 1).append(none, 0);
-    text += CString(" and ");
-    text += '\0';
-    text.reserve(500);
-    EXPECT_EQ(text.view(), std::string_view("vertices! and \0", 15));
-    const heapProbe::Scope heap;
-    for (int i = 0; i < 40; ++i) {
-        text += "0123456789";
-    }
-    EXPECT_EQ(heap.calls(), 0u);
-    EXPECT_EQ(text.size(), 415u);
-    EXPECT_EQ(text.view().substr(15, 12), "012345678901");
 }
 
 TEST(CString, CopyAndMoveLeaveValidStates) { checkCopyAndMove(CString(std::string(100, 'q'))); }
 
-TEST(IString, ConstructsFromEachSource) {
-    const char* none = nullptr;
-    EXPECT_TRUE(IString(none).empty());
-    const IString name("caf\xC3\xA9");
-    EXPECT_EQ(name.view(), u"caf\u00E9");
-    EXPECT_EQ(IString(CString("caf\xC3\xA9")), name);
-}
-
-TEST(IString, DecodesAsWorkedByHand) {
-    const std::pair<std::string, std::u16string> cases[] = {
-        // Each end of the two- to four-byte ranges and around the surrogates.
-        {"\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF", {0x80, 0x7FF, 0x800, 0xD7FF}},
-        {"\xEE\x80\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF",
-         {0xE000, 0xFFFF, 0xD800, 0xDC00, 0xDBFF, 0xDFFF}},
-        // Bytes that never start a sequence: C0, C1 (overlong two-byte forms), F5..FF.
-        {"\xC0\x80\xC1\xBF\xF5\x80\xFF", {r, r, r, r, r, r, r}},
-        // Overlong, surrogate and beyond-U+10FFFF forms, one step past the second bytes
-        // allowed: the lead byte cannot go on, so each byte counts.
-        {"\xE0\x9F\xBF\xED\xA0\x80", {r, r, r, r, r, r}},
-        {"\xF0\x8F\xBF\xBF\xF4\x90\x80\x80", {r, r, r, r, r, r, r, r}},
-        // Cut short by the next lead byte or by the end: one U+FFFD, and the interrupting byte
-        // starts afresh.
-        {"\xE2\xF0\x9F\x98\x80\xF0\x9F\x98", {r, 0xD83D, 0xDE00, r}},
-        // The worked example of the Unicode standard's replacement practice.
-        {"\x61\xF1\x80\x80\xE1\x80\xC2\x62\x80\x63\x80\xBF\x64",
-         {0x61, r, r, r, 0x62, r, 0x63, r, r, 0x64}}};
-    for (const auto& [utf8, utf16] : cases) {
-        SCOPED_TRACE(testing::PrintToString(utf8));
-        EXPECT_EQ(IString(std::string_view(utf8)).view(), utf16);
-        EXPECT_EQ(referenceDecode(utf8), utf16);
-    }
-}
-
-TEST(IString, DecodingMatchesDefinitionOnShortInputs) {
+TEST(IString, DecodingMatchesDefinition) {
+    // The worked example of the Unicode standard's replacement practice checks the reference.
+    const std::string example = "\x61\xF1\x80\x80\xE1\x80\xC2\x62\x80\x63\x80\xBF\x64";
+    EXPECT_EQ(referenceDecode(example), std::u16string({0x61, r, r, r, 0x62, r, 0x63, r, r, 0x64}));
     // Every input of up to four of the bytes where the rules change, each in a heap block of
     // exactly its size, so that the sanitizer build catches any read beyond it.
     const unsigned edges[] = {0x00, 0x41, 0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF,
@@ -262,7 +202,9 @@ TEST(IString, RoundTripsEveryScalarValue) {
         utf16 += referenceUtf16(c);
     }
     EXPECT_TRUE(IString(std::string_view(utf8)).view() == utf16);
-    EXPECT_TRUE(IString(std::u16string_view(utf16)).toUtf8().view() == utf8);
+    EXPECT_TRUE(IString(CString(utf8)).toUtf8().view() == utf8);
+    // U+10000 sorts before U+E000 by code units (D800 < E000), though not by code points.
+    EXPECT_LT(IString("\xF0\x90\x80\x80"), IString("\xEE\x80\x80"));
 }
 
 TEST(IString, KeepsUnpairedSurrogatesAndWritesThemAsReplacement) {
@@ -276,13 +218,6 @@ TEST(IString, KeepsUnpairedSurrogatesAndWritesThemAsReplacement) {
               replaced + "\xF0\x90\x80\x80" + replaced + replaced + replaced + "A" + replaced);
     // A high surrogate in the last unit of a view is not paired with the unit after it.
     EXPECT_EQ(IString(std::u16string_view(u"\U00010000", 1)).toUtf8().view(), replaced);
-}
-
-TEST(IString, OrderAndHashFollowCodeUnits) {
-    // U+10000 sorts before U+E000 by code units (D800 < E000), though not by code points.
-    EXPECT_LT(IString("\xF0\x90\x80\x80"), IString("\xEE\x80\x80"));
-    const ko::hash<IString> hash;
-    EXPECT_EQ(hash(IString("caf\xC3\xA9")), hash(IString(std::u16string_view(u"caf\u00E9"))));
 }
 
 TEST(IString, CopyAndMoveLeaveValidStates) {
