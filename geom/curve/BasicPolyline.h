@@ -86,9 +86,12 @@ public:
 
     /// \name Caches
     /// @{
-    /// The box of the vertices, brought up to date first (O(n) when it is stale).
+    /// The box of the vertices, brought up to date first when it is stale (O(n)) together with
+    /// the other caches; while the box is up to date nothing is refreshed.
     const Range& getBoundingBox() const noexcept {
-        derived().update();
+        if (box_.isEmpty()) {
+            derived().update();
+        }
         return box_;
     }
     /// Brings the caches up to date and answers whether the polyline is closed (see the

@@ -16,8 +16,9 @@ namespace koGeom {
 /// `BasicPolyline` does. It adds appending without repeats, uniform re-parametrisation and the
 /// turning order of its corners, from which convexity is answered.
 ///
-/// `getBoundingBox` and `getClosed` bring the box and the order up to date when they are
-/// stale, and work out the closed flag afresh each time; the order queries (`getOrder`,
+/// `getClosed` brings the box and the order up to date when they are stale and works out the
+/// closed flag afresh each time; `getBoundingBox` does the same only when the box is stale
+/// (after `modified()`), and otherwise refreshes nothing. The order queries (`getOrder`,
 /// `isClockwise`, `isCounterClockwise`, `isConvex`) read the caches as they stand. After
 /// changing vertices through `getVertex`, call `modified()`; the `initialize` family and
 /// `appendVertex` do that themselves.

@@ -142,6 +142,15 @@ TEST(Polyline2d, DeliberateOrderQueriesReadTheCachesAsTheyStand) {
     line.makeUniform();
     EXPECT_EQ(line.getVertex(1).param, 1.0);
     EXPECT_EQ(Polyline2d(line).getOrder(), Order::CounterClockwise);
+    // The box query refreshes nothing while the box is up to date; the closed query does.
+    const Point2 straight[3] = {{0, 0}, {1, 0}, {2, 0}};
+    line.initializeUniform(3, straight);
+    EXPECT_EQ(line.getBoundingBox().max, Point2(2, 0));
+    line.getLastVertex().point = Point2(2, 1); // a left turn, edited in place
+    EXPECT_EQ(line.getBoundingBox().max, Point2(2, 0));
+    EXPECT_EQ(line.getOrder(), Order::Unknown);
+    EXPECT_FALSE(line.getClosed());
+    EXPECT_EQ(line.getOrder(), Order::CounterClockwise);
 }
 
 } // namespace
