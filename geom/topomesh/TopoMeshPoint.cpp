@@ -165,7 +165,10 @@ TopoMeshFace TopoMeshPoint::adjacent(const TopoMeshPoint& other) const noexcept 
     if (!edge_.adjacent(other.edge_)) {
         return TopoMeshFace();
     }
-    return TopoMeshImpl::findFace(edge_, other.edge_);
+    // The shared face, then this edge's face when it lies behind the other edge, then the
+    // other's face when it lies behind this one, then the face behind both: the face lookup
+    // with the other edge first tests the two middle cases in that order.
+    return TopoMeshImpl::findFace(other.edge_, edge_);
 }
 
 } // namespace koGeom

@@ -87,8 +87,10 @@ public:
     /// A face that both points touch, null if none: for two vertex points
     /// `TopoMeshVertex::adjacent`; for a vertex and an edge point the edge's face, else its
     /// twin's, whichever has a half-edge from the vertex; for two edge points that share a
-    /// vertex the face of `TopoMeshImpl::findFace`; when a face point is involved, the second
-    /// point's face if the first touches it, else the first's if the second touches it.
+    /// vertex their common face: the same face, else the first edge's face if the second's
+    /// twin lies on it, else the second's if the first's twin lies on it, else the face
+    /// behind both twins; when a face point is involved, the second point's face if the
+    /// first touches it, else the first's if the second touches it.
     TopoMeshFace adjacent(const TopoMeshPoint& other) const noexcept;
     /// @}
 

@@ -160,6 +160,12 @@ TEST_F(TopoMeshPointTest, EquivalenceBoundaryAndAdjacency) {
     EXPECT_EQ(at0.adjacent(inFace), face);
     EXPECT_FALSE(inOther.adjacent(at0));
     EXPECT_FALSE(inOther.adjacent(inFace));
+
+    // Two faces sharing both edges at a valence-2 vertex: the first point's face comes first.
+    const TopoMeshVertex m = mesh.subdivideEdge(edge(1, 3), Point(0.5, 0.5, 0));
+    EXPECT_EQ(TopoMeshPoint(TopoMesh::findEdge(v[1], m), face, 0.5, 0.5)
+                  .adjacent(TopoMeshPoint(TopoMesh::findEdge(v[3], m), other, 0.5, 0.5)),
+              face);
 }
 
 } // namespace
