@@ -166,6 +166,9 @@ private:
     void touch(TopoMeshEdgeData* record) { recordModified(TopoMeshEdge(record)); }
     void touch(TopoMeshFaceData* record) { recordModified(TopoMeshFace(record)); }
 
+    // Writes one link of an existing record, reporting the record first.
+    template <class Record, class Link>
+    void setLink(Record* record, Link* Record::*field, Link* value);
     void setTwinLinks(TopoMeshEdgeData* e1, TopoMeshEdgeData* e2);
     void setOrigin(TopoMeshEdgeData* edge, TopoMeshVertexData* vertex);
     void setFace(TopoMeshEdgeData* edge, TopoMeshFaceData* face);

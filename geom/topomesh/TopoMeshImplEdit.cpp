@@ -25,33 +25,22 @@ void TopoMeshImpl::setTwinLinks(E* e1, E* e2) {
     e2->twin = e1;
 }
 
-void TopoMeshImpl::setOrigin(E* edge, V* vertex) {
-    if (edge->vertex != vertex) {
-        touch(edge);
-        edge->vertex = vertex;
+// A link that already holds the value is not a change, so nothing is written or reported.
+template <class Record, class Link>
+void TopoMeshImpl::setLink(Record* record, Link* Record::*field, Link* value) {
+    if (record->*field != value) {
+        touch(record);
+        record->*field = value;
     }
 }
 
-void TopoMeshImpl::setFace(E* edge, F* face) {
-    if (edge->face != face) {
-        touch(edge);
-        edge->face = face;
-    }
-}
+void TopoMeshImpl::setOrigin(E* edge, V* vertex) { setLink(edge, &E::vertex, vertex); }
 
-void TopoMeshImpl::setVertexEdge(V* vertex, E* edge) {
-    if (vertex->firstEdge != edge) {
-        touch(vertex);
-        vertex->firstEdge = edge;
-    }
-}
+void TopoMeshImpl::setFace(E* edge, F* face) { setLink(edge, &E::face, face); }
 
-void TopoMeshImpl::setFaceEdge(F* face, E* edge) {
-    if (face->firstEdge != edge) {
-        touch(face);
-        face->firstEdge = edge;
-    }
-}
+void TopoMeshImpl::setVertexEdge(V* vertex, E* edge) { setLink(vertex, &V::firstEdge, edge); }
+
+void TopoMeshImpl::setFaceEdge(F* face, E* edge) { setLink(face, &F::firstEdge, edge); }
 
 void TopoMeshImpl::repairFirstEdge(E* edge, const F* going) {
     V* vertex = edge->vertex;
