@@ -4,6 +4,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "geom/topomesh/detail/TopoMeshImplAlloc.h"
+
 namespace koGeomTest {
 
 namespace {
@@ -125,6 +127,12 @@ int indexOf(const std::unordered_map<const void*, int>& index, const void* recor
 }
 
 } // namespace
+
+std::vector<std::size_t> recordsOut(const TopoMesh& mesh) {
+    const auto& pools = dynamic_cast<detail::TopoMeshImplAlloc&>(*mesh.getImpl()->allocator());
+    return {pools.vertexPool().numAllocated(), pools.edgePool().numAllocated(),
+            pools.facePool().numAllocated()};
+}
 
 TopoMeshPicture pictureOf(const TopoMesh& mesh) {
     const TopoMeshHeader& h = mesh.getImpl()->header();

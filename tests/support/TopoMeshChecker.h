@@ -39,4 +39,8 @@ struct TopoMeshPicture {
 /// The picture of a sound mesh (see `checkTopoMesh`). O(n) with one hash map per list.
 TopoMeshPicture pictureOf(const koGeom::TopoMesh& mesh);
 
+/// Vertex, edge and face records out of the pools of a mesh with the default allocator: live
+/// ones, copies, and records kept for saved states.
+std::vector<std::size_t> recordsOut(const koGeom::TopoMesh& mesh);
+
 } // namespace koGeomTest
