@@ -11,43 +11,31 @@
 #include "geom/topomesh/detail/TopoMeshImplAlloc.h"
 #include "tests/support/HeapProbe.h"
 #include "tests/support/TopoMeshChecker.h"
-#include "tests/support/TopoMeshRecordFaces.h"
+#include "tests/support/TopoMeshShapes.h"
 
 namespace koGeom {
 namespace {
 
-using koGeomTest::addFacesByRecords;
+using koGeomTest::buildTopoMesh;
 using koGeomTest::checkTopoMesh;
 using koGeomTest::pictureOf;
-using koLinear::Point;
 
-const std::vector<Point> tetraPoints = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
-const std::vector<std::vector<int>> tetraFaces = {{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {0, 3, 2}};
 // A quad and a triangle sharing the edge 1-2, and a vertex of no face.
-const std::vector<Point> openPoints = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0},
-                                       {0, 1, 0}, {2, 1, 0}, {5, 5, 5}};
-const std::vector<std::vector<int>> openFaces = {{0, 1, 2, 3}, {1, 4, 2}};
-
-std::vector<TopoMeshVertex> vertexList(const TopoMesh& mesh) {
-    std::vector<TopoMeshVertex> list;
-    for (TopoMeshVertex v = mesh.firstVertex(); v; v = v.nextInMesh()) {
-        list.push_back(v);
-    }
-    return list;
-}
+const koGeomTest::TopoMeshShape open{
+    "open",
+    {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {2, 1, 0}, {5, 5, 5}},
+    {{0, 1, 2, 3}, {1, 4, 2}}};
 
 TEST(TopoMesh, VerticesAppendInOrderAndSizeFollowsTheFixedFormula) {
     TopoMesh mesh;
     EXPECT_FALSE(mesh.firstVertex() || mesh.firstEdge() || mesh.firstFace());
     EXPECT_EQ(mesh.getSizeInBytes(), 152u);
-    EXPECT_NE(dynamic_cast<detail::TopoMeshImplAlloc*>(mesh.getImpl()->allocator()), nullptr);
-    addFacesByRecords(mesh, openPoints, openFaces);
-    ASSERT_EQ(checkTopoMesh(mesh), "");
-    const std::vector<TopoMeshVertex> list = vertexList(mesh);
-    for (std::size_t i = 0; i < openPoints.size(); ++i) {
-        EXPECT_EQ(list.at(i).point().x, openPoints[i].x);
+    const std::vector<TopoMeshVertex> made = buildTopoMesh(mesh, open);
+    std::vector<TopoMeshVertex> list;
+    for (TopoMeshVertex v = mesh.firstVertex(); v; v = v.nextInMesh()) {
+        list.push_back(v);
     }
-    EXPECT_FALSE(list.back().firstEdge());
+    EXPECT_EQ(list, made);
     EXPECT_EQ(mesh.getSizeInBytes(), 152u + 48u * 6 + 56u * 7 + 24u * 2);
 }
 
@@ -66,7 +54,7 @@ TEST(TopoMesh, CheckerReportsEachBrokenLink) {
     };
     for (std::size_t i = 0; i < corruptions.size(); ++i) {
         TopoMesh mesh;
-        addFacesByRecords(mesh, tetraPoints, tetraFaces);
+        buildTopoMesh(mesh, koGeomTest::tetrahedron());
         ASSERT_EQ(checkTopoMesh(mesh), "");
         corruptions[i](mesh.getImpl()->header());
         EXPECT_NE(checkTopoMesh(mesh), "") << "corruption " << i;
@@ -91,7 +79,7 @@ TEST(TopoMesh, CopiesKeepOrderAndLinksAndCopyTakesADefaultAllocatorDeliberate) {
           static_cast<TopoMeshAlloc*>(
               new TopoMeshAllocatorT<TopoMeshVertexData, WideEdge, TopoMeshFaceData>)}) {
         TopoMesh source(alloc);
-        addFacesByRecords(source, openPoints, openFaces);
+        buildTopoMesh(source, open);
         const TopoMesh copy(source);
         EXPECT_EQ(typeid(*copy.getImpl()->allocator()), typeid(*alloc));
         EXPECT_EQ(checkTopoMesh(copy), "");
@@ -115,9 +103,9 @@ TEST(TopoMesh, CopiesKeepOrderAndLinksAndCopyTakesADefaultAllocatorDeliberate) {
 
 TEST(TopoMesh, FailedAssignmentLeavesTheTargetAsItWas) {
     TopoMesh source;
-    addFacesByRecords(source, tetraPoints, tetraFaces);
+    buildTopoMesh(source, koGeomTest::tetrahedron());
     TopoMesh target;
-    addFacesByRecords(target, openPoints, openFaces);
+    buildTopoMesh(target, open);
     const koGeomTest::TopoMeshPicture kept = pictureOf(target);
     for (std::size_t allowed = 0;; ++allowed) {
         try {
