@@ -6,7 +6,7 @@
 
 #include "geom/topomesh/TopoMesh.h"
 #include "geom/topomesh/TopoMeshEntity.h"
-#include "tests/support/TopoMeshRecordFaces.h"
+#include "tests/support/TopoMeshShapes.h"
 
 namespace koGeom {
 namespace {
@@ -14,10 +14,11 @@ namespace {
 // A quad, a triangle and a pentagon in a row, sharing the edges 1-2 and 4-2.
 struct Row {
     TopoMesh mesh;
-    std::vector<TopoMeshVertex> v = koGeomTest::addFacesByRecords(
+    std::vector<TopoMeshVertex> v = koGeomTest::buildTopoMesh(
         mesh,
-        {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {2, 1, 0}, {3, 1, 0}, {3, 2, 0}, {2, 3, 0}},
-        {{0, 1, 2, 3}, {1, 4, 2}, {2, 4, 5, 6, 7}});
+        {"row",
+         {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {2, 1, 0}, {3, 1, 0}, {3, 2, 0}, {2, 3, 0}},
+         {{0, 1, 2, 3}, {1, 4, 2}, {2, 4, 5, 6, 7}}});
 };
 
 TEST(TopoMeshHandles, ExactlyOneOfATwinPairIsPrimaryByAddressDeliberate) {
