@@ -7,7 +7,6 @@
 
 #include "geom/topomesh/TopoMesh.h"
 #include "tests/support/TopoMeshChecker.h"
-#include "tests/support/TopoMeshDescribe.h"
 #include "tests/support/TopoMeshShapes.h"
 
 namespace koGeom {
