@@ -140,6 +140,10 @@ TEST(TopoMeshTraversal, BoundaryWalksGoRoundTheLoopEitherWay) {
     }
     EXPECT_EQ(steps, 8);
     EXPECT_FALSE(TopoMeshBoundaryIterator(g[4]).valid());
+    const TopoMeshEdge spoke = TopoMesh::findEdge(g[1], g[4]);
+    EXPECT_EQ(spoke.midpoint(), koLinear::Point(1, 0.5, 0));
+    EXPECT_EQ(spoke.vector(), koLinear::Vector(0, 1, 0));
+    EXPECT_EQ(grid.firstFace().centroid(), koLinear::Point(0.5, 0.5, 0));
 
     // From the second wedge of a non-manifold vertex the walk goes on round the first wedge's
     // loop and never meets its start again: it ends all the same.
