@@ -4,6 +4,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "geom/topomesh/detail/TopoMeshImplAlloc.h"
+
 namespace koGeomTest {
 
 namespace {
@@ -125,6 +127,45 @@ int indexOf(const std::unordered_map<const void*, int>& index, const void* recor
 }
 
 } // namespace
+
+std::string describeTopoMesh(const TopoMesh& mesh) {
+    const auto index = indexList(mesh.getImpl()->header().firstVertex);
+    const auto name = [&](TopoMeshVertex v) {
+        auto found = index.find(v.data());
+        return found == index.end() ? std::string("?") : std::to_string(found->second);
+    };
+    const auto edgeName = [&](TopoMeshEdge e) { return name(e.v1()) + ">" + name(e.v2()); };
+    std::string text = "faces";
+    const char* separator = " ";
+    for (TopoMeshFace f = mesh.firstFace(); f; f = f.nextInMesh()) {
+        text += separator;
+        separator = ",";
+        TopoMeshEdge e = f.firstEdge();
+        do {
+            text += (e == f.firstEdge() ? "" : " ") + name(e.v1());
+            e = e.next();
+        } while (e != f.firstEdge());
+    }
+    text += "; open";
+    for (TopoMeshEdge e = mesh.firstEdge(); e; e = e.nextInMesh()) {
+        if (!e.twin()) {
+            text += " " + edgeName(e);
+        } else if (e.twin().v1() != e.v2() || e.twin().v2() != e.v1()) {
+            text += " badtwin " + edgeName(e);
+        }
+    }
+    text += "; first";
+    for (TopoMeshVertex v = mesh.firstVertex(); v; v = v.nextInMesh()) {
+        text += " " + (v.firstEdge() ? edgeName(v.firstEdge()) : std::string("-"));
+    }
+    return text;
+}
+
+std::vector<std::size_t> recordsOut(const TopoMesh& mesh) {
+    const auto& pools = dynamic_cast<detail::TopoMeshImplAlloc&>(*mesh.getImpl()->allocator());
+    return {pools.vertexPool().numAllocated(), pools.edgePool().numAllocated(),
+            pools.facePool().numAllocated()};
+}
 
 TopoMeshPicture pictureOf(const TopoMesh& mesh) {
     const TopoMeshHeader& h = mesh.getImpl()->header();

@@ -137,26 +137,45 @@ TEST(TopoMeshEditRandom, EverySequenceOfValidEditsKeepsTheLinksSound) {
     }
 }
 
-// Random edits with transactions on, a state saved every 40 edits: visiting the saved states
-// in a shuffled order gives each back as it was, which holds only if every edit reported
-// every record it touched.
-TEST(TopoMeshEditRandom, SavedStatesComeBackAfterRandomEdits) {
-    TopoMesh mesh;
-    koGeomTest::buildTopoMesh(mesh, koGeomTest::torus(10, 8));
-    mesh.enableTransactions();
-    std::vector<std::pair<ko::Reference<TopoMeshState>, koGeomTest::TopoMeshPicture>> saved;
-    saved.emplace_back(mesh.createState(), koGeomTest::pictureOf(mesh));
-    std::mt19937 random(11);
-    for (int applied = 0; applied < 400;) {
-        if (randomEdit(mesh, random) != nullptr && ++applied % 40 == 0) {
-            saved.emplace_back(mesh.createState(), koGeomTest::pictureOf(mesh));
+// Grows a tree of states from random earlier ones with random valid edits, drops references at
+// random (so states are joined, cut off as leaves and removed as roots on either side of the
+// live records), and returns to random states, comparing every record each time: this holds
+// only if every edit reported every record it touched. At the end only the current state is
+// left, and every record out of the pools is a live one.
+TEST(TopoMeshEditRandom, UndoAndRedoAcrossABranchingTreeRestoreEveryRecord) {
+    for (unsigned seed = 1; seed <= 8; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        TopoMesh mesh;
+        koGeomTest::buildTopoMesh(mesh, koGeomTest::torus(6, 5));
+        mesh.enableTransactions();
+        std::vector<std::pair<ko::Reference<TopoMeshState>, koGeomTest::TopoMeshPicture>> saved;
+        saved.emplace_back(mesh.createState(), koGeomTest::pictureOf(mesh));
+        for (int step = 0; step < 120; ++step) {
+            const unsigned action = random() % 10;
+            const std::size_t some = random() % saved.size();
+            if (action < 4 && saved.size() < 14) {
+                mesh.setState(saved[some].first);
+                ASSERT_EQ(checkTopoMesh(mesh), "") << step;
+                for (unsigned edits = 1 + random() % 6; edits > 0;) {
+                    edits -= randomEdit(mesh, random) != nullptr ? 1 : 0;
+                }
+                saved.emplace_back(mesh.createState(), koGeomTest::pictureOf(mesh));
+            } else if (action < 6 && saved.size() > 1) {
+                saved.erase(saved.begin() + static_cast<std::ptrdiff_t>(some));
+            } else {
+                mesh.setState(saved[some].first);
+                ASSERT_EQ(checkTopoMesh(mesh), "") << step;
+                ASSERT_TRUE(koGeomTest::pictureOf(mesh) == saved[some].second) << step;
+            }
         }
-    }
-    std::shuffle(saved.begin(), saved.end(), random);
-    for (const auto& [state, picture] : saved) {
-        mesh.setState(state);
-        ASSERT_EQ(checkTopoMesh(mesh), "");
-        EXPECT_TRUE(koGeomTest::pictureOf(mesh) == picture);
+        const ko::Reference<TopoMeshState> current = mesh.createState();
+        saved.clear();
+        EXPECT_EQ(koGeomTest::recordsOut(mesh),
+                  (std::vector<std::size_t>{static_cast<std::size_t>(mesh.numVertices()),
+                                            static_cast<std::size_t>(mesh.numEdges()),
+                                            static_cast<std::size_t>(mesh.numFaces())}));
+        EXPECT_EQ(current->refs(), 1);
     }
 }
 

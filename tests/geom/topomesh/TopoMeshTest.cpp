@@ -4,72 +4,39 @@
 
 #include <functional>
 #include <new>
+#include <typeinfo>
 #include <vector>
 
 #include "geom/topomesh/TopoMeshAllocatorT.h"
 #include "geom/topomesh/detail/TopoMeshImplAlloc.h"
 #include "tests/support/HeapProbe.h"
 #include "tests/support/TopoMeshChecker.h"
-#include "tests/support/TopoMeshRecordFaces.h"
+#include "tests/support/TopoMeshShapes.h"
 
 namespace koGeom {
 namespace {
 
-using koGeomTest::addFacesByRecords;
+using koGeomTest::buildTopoMesh;
 using koGeomTest::checkTopoMesh;
 using koGeomTest::pictureOf;
-using koLinear::Point;
 
-const std::vector<Point> tetraPoints = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
-const std::vector<std::vector<int>> tetraFaces = {{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {0, 3, 2}};
 // A quad and a triangle sharing the edge 1-2, and a vertex of no face.
-const std::vector<Point> openPoints = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0},
-                                       {0, 1, 0}, {2, 1, 0}, {5, 5, 5}};
-const std::vector<std::vector<int>> openFaces = {{0, 1, 2, 3}, {1, 4, 2}};
-
-std::vector<TopoMeshVertex> vertexList(const TopoMesh& mesh) {
-    std::vector<TopoMeshVertex> list;
-    for (TopoMeshVertex v = mesh.firstVertex(); v; v = v.nextInMesh()) {
-        list.push_back(v);
-    }
-    return list;
-}
+const koGeomTest::TopoMeshShape open{
+    "open",
+    {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {2, 1, 0}, {5, 5, 5}},
+    {{0, 1, 2, 3}, {1, 4, 2}}};
 
 TEST(TopoMesh, VerticesAppendInOrderAndSizeFollowsTheFixedFormula) {
     TopoMesh mesh;
     EXPECT_FALSE(mesh.firstVertex() || mesh.firstEdge() || mesh.firstFace());
     EXPECT_EQ(mesh.getSizeInBytes(), 152u);
-    EXPECT_NE(dynamic_cast<detail::TopoMeshImplAlloc*>(mesh.getImpl()->allocator()), nullptr);
-    addFacesByRecords(mesh, openPoints, openFaces);
-    ASSERT_EQ(checkTopoMesh(mesh), "");
-    const std::vector<TopoMeshVertex> list = vertexList(mesh);
-    for (std::size_t i = 0; i < openPoints.size(); ++i) {
-        EXPECT_EQ(list.at(i).point().x, openPoints[i].x);
+    const std::vector<TopoMeshVertex> made = buildTopoMesh(mesh, open);
+    std::vector<TopoMeshVertex> list;
+    for (TopoMeshVertex v = mesh.firstVertex(); v; v = v.nextInMesh()) {
+        list.push_back(v);
     }
-    EXPECT_FALSE(list.back().firstEdge());
+    EXPECT_EQ(list, made);
     EXPECT_EQ(mesh.getSizeInBytes(), 152u + 48u * 6 + 56u * 7 + 24u * 2);
-}
-
-// Freeing vertices from the head, the middle and the tail, and whole faces, gives every
-// record back.
-TEST(TopoMesh, FreeingUnlinksFromEveryPosition) {
-    TopoMesh mesh;
-    addFacesByRecords(mesh, tetraPoints, tetraFaces);
-    while (mesh.firstFace()) {
-        koGeomTest::deleteFaceByRecords(mesh, mesh.firstFace());
-        ASSERT_EQ(checkTopoMesh(mesh), "");
-    }
-    for (int position : {0, 1, 1, 0}) {
-        std::vector<TopoMeshVertex> before = vertexList(mesh);
-        mesh.getImpl()->freeVertexRecord(before[static_cast<std::size_t>(position)]);
-        before.erase(before.begin() + position);
-        EXPECT_EQ(vertexList(mesh), before);
-        ASSERT_EQ(checkTopoMesh(mesh), "");
-    }
-    const auto& pools = dynamic_cast<detail::TopoMeshImplAlloc&>(*mesh.getImpl()->allocator());
-    EXPECT_EQ(pools.vertexPool().numAllocated() + pools.edgePool().numAllocated() +
-                  pools.facePool().numAllocated(),
-              0u);
 }
 
 // The checker must see each kind of fault, each made in a fresh sound mesh.
@@ -87,58 +54,58 @@ TEST(TopoMesh, CheckerReportsEachBrokenLink) {
     };
     for (std::size_t i = 0; i < corruptions.size(); ++i) {
         TopoMesh mesh;
-        addFacesByRecords(mesh, tetraPoints, tetraFaces);
+        buildTopoMesh(mesh, koGeomTest::tetrahedron());
         ASSERT_EQ(checkTopoMesh(mesh), "");
         corruptions[i](mesh.getImpl()->header());
         EXPECT_NE(checkTopoMesh(mesh), "") << "corruption " << i;
     }
 }
 
-class CountingAlloc
-    : public TopoMeshAllocatorT<TopoMeshVertexData, TopoMeshEdgeData, TopoMeshFaceData> {
+// An allocator of its own type, and one whose 64 KiB half-edges lie in separate chunks of the
+// address space, so that a copy finds them through its hash table rather than its chunk tables.
+class OwnAlloc : public TopoMeshAllocatorT<TopoMeshVertexData, TopoMeshEdgeData, TopoMeshFaceData> {
 public:
-    static inline int made = 0;
-    TopoMeshAlloc* create() const override {
-        ++made;
-        return new CountingAlloc;
-    }
+    TopoMeshAlloc* create() const override { return new OwnAlloc; }
+};
+struct WideEdge : TopoMeshEdgeData {
+    char extra[1 << 16];
 };
 
-TEST(TopoMesh, CopyKeepsOrderAndLinksInPoolsFromTheSourceAllocator) {
-    TopoMesh source(new CountingAlloc);
-    addFacesByRecords(source, tetraPoints, tetraFaces);
-    CountingAlloc::made = 0;
-    TopoMesh copy(source);
-    EXPECT_EQ(CountingAlloc::made, 1);
-    EXPECT_NE(dynamic_cast<CountingAlloc*>(copy.getImpl()->allocator()), nullptr);
-    EXPECT_EQ(checkTopoMesh(copy), "");
-    EXPECT_EQ(pictureOf(copy), pictureOf(source));
-}
-
-TEST(TopoMesh, CopyAlwaysTakesADefaultAllocatorDeliberate) {
-    TopoMesh source(new CountingAlloc);
-    addFacesByRecords(source, openPoints, openFaces);
-    TopoMesh target(new CountingAlloc);
-    TopoMesh::CopyData maps;
-    target.copy(source, maps);
-    EXPECT_NE(dynamic_cast<detail::TopoMeshImplAlloc*>(target.getImpl()->allocator()), nullptr);
-    EXPECT_EQ(pictureOf(target), pictureOf(source));
-    ASSERT_EQ(maps.edges.size(), 7u);
-    for (const auto& [from, to] : maps.edges) {
-        EXPECT_EQ(maps.vertices.at(from.firstVertex()), to.firstVertex());
-        EXPECT_EQ(maps.faces.at(from.face()), to.face());
+// The copy constructor makes its pools with the source's allocator; copy() always takes a
+// default allocator, even into a mesh that had its own.
+TEST(TopoMesh, CopiesKeepOrderAndLinksAndCopyTakesADefaultAllocatorDeliberate) {
+    for (TopoMeshAlloc* alloc :
+         {static_cast<TopoMeshAlloc*>(new OwnAlloc),
+          static_cast<TopoMeshAlloc*>(
+              new TopoMeshAllocatorT<TopoMeshVertexData, WideEdge, TopoMeshFaceData>)}) {
+        TopoMesh source(alloc);
+        buildTopoMesh(source, open);
+        const TopoMesh copy(source);
+        EXPECT_EQ(typeid(*copy.getImpl()->allocator()), typeid(*alloc));
+        EXPECT_EQ(checkTopoMesh(copy), "");
+        EXPECT_EQ(pictureOf(copy), pictureOf(source));
+        TopoMesh target(new OwnAlloc);
+        TopoMesh::CopyData maps;
+        target.copy(source, maps);
+        EXPECT_EQ(typeid(*target.getImpl()->allocator()), typeid(detail::TopoMeshImplAlloc));
+        EXPECT_EQ(pictureOf(target), pictureOf(source));
+        ASSERT_EQ(maps.edges.size(), 7u);
+        for (const auto& [from, to] : maps.edges) {
+            EXPECT_EQ(maps.vertices.at(from.firstVertex()), to.firstVertex());
+            EXPECT_EQ(maps.faces.at(from.face()), to.face());
+            EXPECT_EQ(maps.edges.at(from.next()), to.next());
+        }
+        // Into itself: the old contents are copied before they go.
+        target.copy(target, maps);
+        EXPECT_EQ(pictureOf(target), pictureOf(source));
     }
-    // Into itself: the old contents are copied before they go.
-    const koGeomTest::TopoMeshPicture before = pictureOf(target);
-    target.copy(target, maps);
-    EXPECT_EQ(pictureOf(target), before);
 }
 
 TEST(TopoMesh, FailedAssignmentLeavesTheTargetAsItWas) {
     TopoMesh source;
-    addFacesByRecords(source, tetraPoints, tetraFaces);
+    buildTopoMesh(source, koGeomTest::tetrahedron());
     TopoMesh target;
-    addFacesByRecords(target, openPoints, openFaces);
+    buildTopoMesh(target, open);
     const koGeomTest::TopoMeshPicture kept = pictureOf(target);
     for (std::size_t allowed = 0;; ++allowed) {
         try {
@@ -150,36 +117,6 @@ TEST(TopoMesh, FailedAssignmentLeavesTheTargetAsItWas) {
         ASSERT_EQ(pictureOf(target), kept) << allowed;
     }
     EXPECT_EQ(pictureOf(target), pictureOf(source));
-}
-
-TEST(TopoMesh, SwapExchangesBodies) {
-    TopoMesh a;
-    TopoMesh b(new CountingAlloc);
-    addFacesByRecords(a, tetraPoints, tetraFaces);
-    const TopoMeshEdge edgeOfA = a.firstEdge();
-    a.swap(b);
-    EXPECT_EQ(b.firstEdge(), edgeOfA);
-    EXPECT_NE(dynamic_cast<CountingAlloc*>(a.getImpl()->allocator()), nullptr);
-}
-
-// Records of 64 KiB each lie in separate chunks of the address space, so the copy finds them
-// through its hash table rather than its chunk tables.
-struct WideEdge : TopoMeshEdgeData {
-    char extra[1 << 16];
-};
-
-TEST(TopoMesh, CopyOfScatteredRecordsKeepsEveryLink) {
-    TopoMesh source(new TopoMeshAllocatorT<TopoMeshVertexData, WideEdge, TopoMeshFaceData>);
-    addFacesByRecords(source, tetraPoints, tetraFaces);
-    const TopoMesh copy(source);
-    EXPECT_EQ(pictureOf(copy), pictureOf(source));
-    TopoMesh target;
-    TopoMesh::CopyData maps;
-    target.copy(source, maps);
-    EXPECT_EQ(pictureOf(target), pictureOf(source));
-    for (const auto& [from, to] : maps.edges) {
-        EXPECT_EQ(maps.edges.at(from.next()), to.next());
-    }
 }
 
 } // namespace
