@@ -81,13 +81,15 @@ TEST(TopoMesh, CopiesKeepOrderAndLinksAndCopyTakesADefaultAllocatorDeliberate) {
         TopoMesh source(alloc);
         buildTopoMesh(source, open);
         const TopoMesh copy(source);
-        EXPECT_EQ(typeid(*copy.getImpl()->allocator()), typeid(*alloc));
+        const TopoMeshAlloc& copyAlloc = *copy.getImpl()->allocator();
+        EXPECT_EQ(typeid(copyAlloc), typeid(*alloc));
         EXPECT_EQ(checkTopoMesh(copy), "");
         EXPECT_EQ(pictureOf(copy), pictureOf(source));
         TopoMesh target(new OwnAlloc);
         TopoMesh::CopyData maps;
         target.copy(source, maps);
-        EXPECT_EQ(typeid(*target.getImpl()->allocator()), typeid(detail::TopoMeshImplAlloc));
+        const TopoMeshAlloc& targetAlloc = *target.getImpl()->allocator();
+        EXPECT_EQ(typeid(targetAlloc), typeid(detail::TopoMeshImplAlloc));
         EXPECT_EQ(pictureOf(target), pictureOf(source));
         ASSERT_EQ(maps.edges.size(), 7u);
         for (const auto& [from, to] : maps.edges) {
