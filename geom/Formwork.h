@@ -69,7 +69,7 @@
 #include "geom/topomesh/TopoMeshRecords.h"
 #include "geom/topomesh/TopoMeshState.h"
 #include "geom/topomesh/TopoMeshTypedefs.h"
-#include "geom/view/AngleAspect.h"
+#include "geom/view/AngleOfView.h"
 #include "geom/view/Camera.h"
 #include "geom/view/EyeSpaceFrustum.h"
 #include "geom/view/Frustum.h"

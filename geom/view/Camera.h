@@ -19,7 +19,7 @@
 #include "geom/FormworkExport.h"
 #include "geom/entity/LibraryDebugChannel.h"
 #include "geom/spatial/BoundingBox.h"
-#include "geom/view/AngleAspect.h"
+#include "geom/view/AngleOfView.h"
 #include "geom/view/EyeSpaceFrustum.h"
 #include "geom/view/Viewport.h"
 

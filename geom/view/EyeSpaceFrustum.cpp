@@ -4,7 +4,7 @@
 
 #include "tessar/linear/Tolerance.h"
 
-#include "geom/view/AngleAspect.h"
+#include "geom/view/AngleOfView.h"
 #include "geom/view/detail/Projection.h"
 
 namespace koGeom {

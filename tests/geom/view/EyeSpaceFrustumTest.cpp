@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "geom/view/AngleAspect.h"
+#include "geom/view/AngleOfView.h"
 #include "tests/geom/view/ExpectMatrix.h"
 
 namespace koGeom {

@@ -11,6 +11,9 @@ namespace koGeom {
 
 class EyeSpaceFrustum;
 
+/// The angle of view: the lens class `AngleAspect`, and the free functions that read the
+/// aspect ratio and the vertical angle back from a perspective projection matrix.
+///
 /// A perspective view volume told as a lens: the full vertical angle of view (radians), the
 /// aspect ratio (width / height), and the near and far distances. It is always centred on the
 /// view axis.

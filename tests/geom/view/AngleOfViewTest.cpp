@@ -1,4 +1,4 @@
-#include "geom/view/AngleAspect.h"
+#include "geom/view/AngleOfView.h"
 
 #include <gtest/gtest.h>
 
