@@ -174,6 +174,10 @@ private:
     void setFace(TopoMeshEdgeData* edge, TopoMeshFaceData* face);
     void setVertexEdge(TopoMeshVertexData* vertex, TopoMeshEdgeData* edge);
     void setFaceEdge(TopoMeshFaceData* face, TopoMeshEdgeData* edge);
+    // Closes the loop e -> a -> b -> e around `face`: e is an existing half-edge (reported
+    // first), a and b are new ones.
+    void linkTriangle(TopoMeshEdgeData* e, TopoMeshEdgeData* a, TopoMeshEdgeData* b,
+                      TopoMeshFaceData* face);
     // For a half-edge about to go: when its origin's first edge is it, the first other
     // half-edge of the origin's fan that does not lie on `going` (a face about to go), or null.
     void repairFirstEdge(TopoMeshEdgeData* edge, const TopoMeshFaceData* going = nullptr);

@@ -42,6 +42,19 @@ void TopoMeshImpl::setVertexEdge(V* vertex, E* edge) { setLink(vertex, &V::first
 
 void TopoMeshImpl::setFaceEdge(F* face, E* edge) { setLink(face, &F::firstEdge, edge); }
 
+void TopoMeshImpl::linkTriangle(E* e, E* a, E* b, F* face) {
+    touch(e);
+    e->next = a;
+    e->prev = b;
+    e->face = face;
+    a->next = b;
+    a->prev = e;
+    a->face = face;
+    b->next = e;
+    b->prev = a;
+    b->face = face;
+}
+
 void TopoMeshImpl::repairFirstEdge(E* edge, const F* going) {
     V* vertex = edge->vertex;
     if (vertex->firstEdge != edge) {
@@ -552,16 +565,7 @@ TopoMeshVertex TopoMeshImpl::subdivideFace(TopoMeshFace face, const Point& point
         E* b = allocEdgeRecord();
         a->vertex = next->vertex;
         b->vertex = c;
-        touch(e);
-        e->next = a;
-        e->prev = b;
-        e->face = tri;
-        a->next = b;
-        a->prev = e;
-        a->face = tri;
-        b->next = e;
-        b->prev = a;
-        b->face = tri;
+        linkTriangle(e, a, b, tri);
         if (e == e0) {
             setVertexEdge(c, b);
             firstB = b;
@@ -608,16 +612,7 @@ TopoMeshVertex TopoMeshImpl::subdivideFace(TopoMeshFace face, TopoMeshEdge edge,
     n->prev = e2;
     e1->face = f;
     e2->face = f;
-    touch(e);
-    e->next = e4;
-    e4->prev = e;
-    e4->next = e3;
-    e3->prev = e4;
-    e3->next = e;
-    e->prev = e3;
-    e->face = g;
-    e3->face = g;
-    e4->face = g;
+    linkTriangle(e, e4, e3, g);
     setTwinLinks(e1, e3);
     setTwinLinks(e2, e4);
     return c;
