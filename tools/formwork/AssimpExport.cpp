@@ -127,7 +127,9 @@ const char* assimpExportFormat(std::string_view path) {
         return "objnomtl";
     }
     if (extension == "ply") {
-        return "plyb";
+        // ASCII, nine digits a float: assimp's reader misreads the colours of its own binary
+        // PLY files.
+        return "ply";
     }
     if (extension == "stl") {
         return "stlb";
@@ -183,6 +185,12 @@ bool exportWithAssimp(const std::string& path, const MeshList& meshes, double sc
                 made.push_back(makeAssimpMesh(*mesh, subset, static_cast<float>(scale)));
             }
         }
+    }
+    if (trianglesOnly &&
+        std::all_of(nodeMeshes.begin(), nodeMeshes.end(),
+                    [](const std::vector<aiMesh*>& made) { return made.empty(); })) {
+        error = path + ": STL holds triangles only, and the meshes have none";
+        return false;
     }
     std::vector<aiMesh*> all;
     aiNode* root = scene->mRootNode;
