@@ -19,7 +19,8 @@ struct ImportOptions {
 /// Polygons are triangulated and identical vertices joined; points become vertices of no
 /// primitive and lines become line strips (consecutive segments sharing an end join into one
 /// strip). Each node's meshes are placed by the node's accumulated transform (normals by its
-/// inverse transpose) and concatenated into one `CompactMesh`; a mesh used by two nodes
+/// inverse transpose, made unit again; under an identity transform they stay as the file has
+/// them) and concatenated into one `CompactMesh`; a mesh used by two nodes
 /// appears twice. A channel (normals, the first texture coordinates as UVs, the second as
 /// STs, the first vertex colours) that some parts have and others lack is filled for the
 /// others: normals computed from their triangles, coordinates 0, colour opaque white.

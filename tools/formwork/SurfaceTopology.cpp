@@ -168,6 +168,10 @@ SurfaceTopology buildSurfaceTopology(const koGeom::CompactMesh& mesh, Progress& 
     }
     std::sort(uses.begin(), uses.end());
     progress.update(0.4);
+    // Corners round one vertex: `around` joins them across every edge of two triangles (the
+    // vertex's topological fans), `fans` only across those the triangles run opposite ways
+    // (the fans the half-edge mesh can hold).
+    DisjointSets around(corners.size());
     DisjointSets fans(corners.size());
     std::vector<std::pair<int, int>> twins;
     for (std::size_t i = 0; i < uses.size();) {
@@ -183,7 +187,11 @@ SurfaceTopology buildSurfaceTopology(const koGeom::CompactMesh& mesh, Progress& 
             const int h2 = uses[i + 1].halfEdge;
             if (corners[static_cast<std::size_t>(h1)] == corners[static_cast<std::size_t>(h2)]) {
                 ++result.misorientedEdges;
+                around.join(h1, h2);
+                around.join(nextHalfEdge(h1), nextHalfEdge(h2));
             } else {
+                around.join(h1, nextHalfEdge(h2));
+                around.join(nextHalfEdge(h1), h2);
                 fans.join(h1, nextHalfEdge(h2));
                 fans.join(nextHalfEdge(h1), h2);
                 twins.emplace_back(h1, h2);
@@ -192,24 +200,30 @@ SurfaceTopology buildSurfaceTopology(const koGeom::CompactMesh& mesh, Progress& 
         i = j;
     }
 
-    // One half-edge vertex per fan, made in order of first use.
+    // A vertex is not a manifold where its corners form more than one topological fan.
+    std::vector<int> firstFan(weldedSource.size(), -1);
+    std::vector<char> counted(weldedSource.size(), 0);
+    for (int h = 0; h < numCorners; ++h) {
+        const int fan = around.find(h);
+        const auto w = static_cast<std::size_t>(corners[static_cast<std::size_t>(h)]);
+        if (firstFan[w] < 0) {
+            firstFan[w] = fan;
+        } else if (firstFan[w] != fan && !counted[w]) {
+            counted[w] = 1;
+            ++result.nonManifoldVertices;
+        }
+    }
+
+    // One half-edge vertex per fan it can hold, made in order of first use.
     TopoMesh& topo = *result.mesh;
     std::vector<TopoMeshVertex> fanVertex(corners.size());
-    std::vector<int> firstFan(weldedSource.size(), -1);
-    std::vector<char> split(weldedSource.size(), 0);
     for (int h = 0; h < numCorners; ++h) {
-        const int fan = fans.find(h);
-        const auto w = static_cast<std::size_t>(corners[static_cast<std::size_t>(h)]);
-        TopoMeshVertex& vertex = fanVertex[static_cast<std::size_t>(fan)];
+        TopoMeshVertex& vertex = fanVertex[static_cast<std::size_t>(fans.find(h))];
         if (!vertex) {
-            const float* p = positions + 3 * weldedSource[w];
+            const float* p =
+                positions +
+                3 * weldedSource[static_cast<std::size_t>(corners[static_cast<std::size_t>(h)])];
             vertex = topo.allocVertex(koLinear::Point(p[0], p[1], p[2]));
-            if (firstFan[w] < 0) {
-                firstFan[w] = fan;
-            } else if (!split[w]) {
-                split[w] = 1;
-                ++result.nonManifoldVertices;
-            }
         }
     }
     progress.update(0.5);

@@ -20,10 +20,10 @@ namespace formworkTool {
 ///
 /// Whatever the input, the half-edge mesh is sound: every vertex has one fan, and two
 /// half-edges are twins only across an edge that exactly two triangles share and traverse in
-/// opposite directions. Where the surface is not a manifold, it is cut apart in the half-edge
-/// mesh: a vertex whose triangles form several fans gets one half-edge vertex per fan, and an
-/// edge of more than two triangles, or of two that run the same way along it, becomes a
-/// boundary on each side.
+/// opposite directions. Where the surface is not an oriented manifold, it is cut apart in the
+/// half-edge mesh: an edge of more than two triangles, or of two that run the same way along
+/// it, becomes a boundary on each side, and a vertex whose triangles then form several fans
+/// gets one half-edge vertex per fan.
 struct SurfaceTopology {
     ko::Reference<koGeom::TopoMesh> mesh;
     /// \name The welded surface
@@ -37,9 +37,11 @@ struct SurfaceTopology {
     /// @}
     /// \name Where it is not a manifold
     /// @{
-    int nonManifoldEdges = 0;    ///< edges of more than two triangles
-    int misorientedEdges = 0;    ///< edges of two triangles that run the same way along them
-    int nonManifoldVertices = 0; ///< vertices whose triangles form more than one fan
+    int nonManifoldEdges = 0; ///< edges of more than two triangles
+    int misorientedEdges = 0; ///< edges of two triangles that run the same way along them
+    /// Vertices whose triangles form more than one fan, joined across edges of two triangles
+    /// (however they run); a vertex on a non-manifold edge is one.
+    int nonManifoldVertices = 0;
     /// @}
     /// Loops of boundary half-edges in the half-edge mesh (cuts included).
     int boundaryLoops = 0;
