@@ -35,6 +35,7 @@ struct Counts {
 struct Model {
     std::string path; // relative to the models folder
     bool rejected = false;
+    bool skipped = false;
     Counts counts;
 };
 
@@ -59,7 +60,8 @@ std::vector<Model> listedModels() {
         std::getline(fields, model.path, '\t');
         fields >> second;
         model.rejected = second == "rejected";
-        if (!model.rejected) {
+        model.skipped = second == "skipped";
+        if (!model.rejected && !model.skipped) {
             model.counts.meshes = std::stol(second);
             fields >> model.counts.vertices >> model.counts.triangles;
         }
@@ -145,7 +147,7 @@ void checkFamily(const std::set<std::string>& extensions) {
     ScratchDirectory dir;
     int checked = 0;
     for (const Model& model : listedModels()) {
-        if (extensions.count(lowerExtension(model.path)) != 0) {
+        if (extensions.count(lowerExtension(model.path)) != 0 && !model.skipped) {
             SCOPED_TRACE(model.path);
             checkModel(model, dir);
             ++checked;
