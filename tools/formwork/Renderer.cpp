@@ -328,28 +328,42 @@ koGeom::Camera fitCamera(const MeshList& meshes, const RenderOptions& options) {
     const koGeom::BoundingBox box = boxOf(meshes);
     double centre[3];
     box.center(centre);
-    double radius = 0.5 * box.diagonalLength();
-    if (!(radius > 0.0)) {
-        radius = 1.0; // a single point: any distance shows it
-    }
     const double aspect = static_cast<double>(options.width) / options.height;
     const double halfVertical = koLinear::toRadians(angleOfViewDegrees) / 2.0;
-    const double halfHorizontal = std::atan(std::tan(halfVertical) * aspect);
-    const double distance = 1.05 * radius / std::sin(std::min(halfVertical, halfHorizontal));
+    const double tanVertical = std::tan(halfVertical);
+    const double tanHorizontal = tanVertical * aspect;
     const double azimuth = koLinear::toRadians(options.azimuth);
     const double elevation = koLinear::toRadians(options.elevation);
-    const double direction[3] = {std::cos(elevation) * std::sin(azimuth), std::sin(elevation),
-                                 std::cos(elevation) * std::cos(azimuth)};
+    const koLinear::Vector direction(std::cos(elevation) * std::sin(azimuth), std::sin(elevation),
+                                     std::cos(elevation) * std::cos(azimuth));
     const koLinear::Point target(centre[0], centre[1], centre[2]);
-    const koLinear::Point eye(centre[0] + distance * direction[0],
-                              centre[1] + distance * direction[1],
-                              centre[2] + distance * direction[2]);
     // Looking straight up or down, y cannot be the picture's up.
-    const bool alongY = std::fabs(direction[1]) > 0.999;
+    const koLinear::Normal up = std::fabs(direction.y) > 0.999
+                                    ? koLinear::Normal(0.0, 0.0, direction.y > 0 ? -1.0 : 1.0)
+                                    : koLinear::Normal::unitY();
+    // The camera's turn first, from an eye one unit out; then the distance at which every
+    // corner of the box lies inside the lens, its sideways extent widened by 5 per cent.
     koGeom::Camera camera;
-    camera.setWorldToEye(target, eye,
-                         alongY ? koLinear::Normal(0.0, 0.0, direction[1] > 0 ? -1.0 : 1.0)
-                                : koLinear::Normal::unitY());
+    camera.setWorldToEye(target, target + direction, up);
+    const koLinear::Normal right = camera.getRightVector();
+    const koLinear::Normal upward = camera.getUpVector();
+    const koLinear::Normal view = camera.getViewVector();
+    double distance = 0.0;
+    for (int corner = 0; corner < 8; ++corner) {
+        koLinear::PointFlt p;
+        box.getPoint(corner, p);
+        const double o[3] = {p.x - centre[0], p.y - centre[1], p.z - centre[2]};
+        const auto along = [&](const koLinear::Normal& axis) {
+            return o[0] * axis.x + o[1] * axis.y + o[2] * axis.z;
+        };
+        const double depth = along(view);
+        distance = std::max({distance, 1.05 * std::fabs(along(right)) / tanHorizontal - depth,
+                             1.05 * std::fabs(along(upward)) / tanVertical - depth});
+    }
+    if (!(distance > 0.0)) {
+        distance = 1.0; // a single point: any distance shows it
+    }
+    camera.setWorldToEye(target, target + direction * distance, up);
     koGeom::AngleAspect lens;
     lens.setAngleOfViewRad(2.0 * halfVertical);
     lens.setAspectRatio(aspect);

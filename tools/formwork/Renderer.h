@@ -31,10 +31,11 @@ struct RenderOptions {
 };
 
 /// The camera that sees all of `meshes` (the box of their vertices, which must not be
-/// empty) from the options' direction: a 30-degree vertical lens with the picture's aspect
-/// ratio at the distance where the box's bounding sphere fills the narrower side, y up
-/// (z up when looking along y), the viewport the supersampled picture, and near and far
-/// fitted to the box with `Camera::setNearFar`.
+/// empty) from the options' direction, looking at the box's centre: y up (z when looking
+/// along y), a 30-degree vertical lens with the picture's aspect ratio, at the nearest
+/// distance from which every corner of the box is in view with 5 per cent to spare; the
+/// viewport is the supersampled picture, and near and far are fitted to the box with
+/// `Camera::setNearFar`.
 koGeom::Camera fitCamera(const MeshList& meshes, const RenderOptions& options);
 
 /// Draws `meshes` through `fitCamera`'s camera with a small software rasteriser: a depth
