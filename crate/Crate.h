@@ -7,4 +7,5 @@
 #include "crate/ioPacketRegistry.h"
 #include "crate/ioPacketType.h"
 #include "crate/ioReadContext.h"
+#include "crate/ioValueKind.h"
 #include "crate/ioWriteContext.h"
