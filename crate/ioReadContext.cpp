@@ -128,6 +128,7 @@ struct ioReadContext::Impl {
     std::vector<DefinitionLog> packetDefinitions;
 
     std::uint64_t skipped = 0;
+    std::uint16_t minorVersion = 0;
     ioReadContext* self = nullptr;
 
     std::uint64_t cursorOffset() const noexcept { return baseOffset + begin; }
@@ -275,6 +276,7 @@ ioReadContext::ioReadContext(const std::string& path) : impl_(std::make_unique<I
         fail(ioError{std::move(problem), -1, {}, 0});
         return;
     }
+    d.minorVersion = load<std::uint16_t>(d.base + d.begin + 6);
     d.begin += fileHeaderSize;
 }
 
@@ -292,6 +294,7 @@ ioReadContext::ioReadContext(const void* data, std::size_t size) : impl_(std::ma
         fail(ioError{std::move(problem), -1, {}, 0});
         return;
     }
+    d.minorVersion = load<std::uint16_t>(d.base + 6);
     d.begin = fileHeaderSize;
 }
 
@@ -482,6 +485,8 @@ std::string_view ioReadContext::getPacketTypeName() const noexcept {
 int ioReadContext::getPacketReference() const noexcept {
     return impl_->inPacket ? impl_->objectReference : 0;
 }
+
+std::uint16_t ioReadContext::getMinorVersion() const noexcept { return impl_->minorVersion; }
 
 std::int64_t ioReadContext::getPacketIndex() const noexcept { return impl_->index; }
 

@@ -46,6 +46,10 @@ public:
     std::uint64_t skippedPacketCount() const noexcept;
     /// @}
 
+    /// The minor version of the file's format (a reader accepts any minor version of its
+    /// major version); 0 when the file could not be opened.
+    std::uint16_t getMinorVersion() const noexcept;
+
     /// \name Stepping through packets (without a registry)
     /// @{
     /// Moves to the first chunk of the next packet. False at the end of the file or on error.
