@@ -132,6 +132,12 @@ TEST(IoWriteContext, MisuseIsAnErrorThatStopsTheWrite) {
              o.endSubPacket();
          },
          "endSubPacket without an open sub-packet", 0},
+        {"StartAfterClose",
+         [](ioWriteContext& o) {
+             o.close();
+             o.startPacket("a");
+         },
+         "startPacket after close", -1},
         {"CloseWithPacketOpen",
          [](ioWriteContext& o) {
              o.startPacket("a");
