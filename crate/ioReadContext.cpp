@@ -1,7 +1,5 @@
 #include "crate/ioReadContext.h"
 
-#include <xxhash.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -10,6 +8,7 @@
 #include <utility>
 
 #include "crate/detail/ByteBuffer.h"
+#include "crate/detail/Checksum.h"
 #include "crate/detail/Wire.h"
 #include "crate/ioClientReadContext.h"
 #include "crate/ioPacketRegistry.h"
@@ -440,7 +439,7 @@ bool ioReadContext::Impl::parsePacket() {
                                                    "file"));
         return false;
     }
-    if (XXH3_64bits(packetStart, bodyLength) != load<std::uint64_t>(packetStart + bodyLength)) {
+    if (checksum(packetStart, bodyLength) != load<std::uint64_t>(packetStart + bodyLength)) {
         fault(packetStart + bodyLength, "checksum mismatch");
         return false;
     }
