@@ -111,6 +111,7 @@ struct ioReadContext::Impl {
     bool sizeKnown = false;
     std::uint64_t size = 0;
     bool readFailed = false;
+    int readErrno = 0; // why, when the file could not be read
 
     std::vector<TypeSlot> types;
 
@@ -224,6 +225,7 @@ std::size_t ioReadContext::Impl::fill(std::size_t wanted) {
         window.resize(end);
         if (got == 0) {
             readFailed = std::ferror(file) != 0;
+            readErrno = errno;
             break;
         }
     }
@@ -283,6 +285,10 @@ ioReadContext::ioReadContext(const std::string& path) : impl_(std::make_unique<I
                                        inputBlockSize, std::max<std::uint64_t>(d.size, 64)))
                                  : inputBlockSize);
     const std::size_t available = d.fill(fileHeaderSize);
+    if (d.readFailed) {
+        fail(ioError{"cannot read '" + path + "': " + std::strerror(d.readErrno), -1, {}, 0});
+        return;
+    }
     std::uint64_t offset = 0;
     std::string problem = headerProblem(d.base + d.begin, available, offset);
     if (!problem.empty()) {
@@ -350,7 +356,7 @@ bool ioReadContext::nextPacket() {
     setPacketInvalid(false);
     if (d.fill(1) == 0) {
         if (d.readFailed) {
-            fail(ioError{std::string("cannot read the file: ") + std::strerror(errno),
+            fail(ioError{std::string("cannot read the file: ") + std::strerror(d.readErrno),
                          d.index,
                          {},
                          d.cursorOffset()});
@@ -433,10 +439,10 @@ bool ioReadContext::Impl::parsePacket() {
     const std::size_t got = fill(total);
     packetStart = base + begin; // the window may have moved
     if (got < total) {
-        fault(packetStart + got, readFailed
-                                     ? std::string("cannot read the file: ") + std::strerror(errno)
-                                     : std::string("the packet runs past the end of the "
-                                                   "file"));
+        fault(packetStart + got,
+              readFailed ? std::string("cannot read the file: ") + std::strerror(readErrno)
+                         : std::string("the packet runs past the end of the "
+                                       "file"));
         return false;
     }
     if (checksum(packetStart, bodyLength) != load<std::uint64_t>(packetStart + bodyLength)) {

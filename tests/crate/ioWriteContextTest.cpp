@@ -85,6 +85,11 @@ TEST(IoWriteContext, FailedOutputIsReported) {
               "cannot open '/nonexistent-directory/x.fwpk' for writing: No such file or directory");
     missing.startPacket("p"); // does nothing after the error
     EXPECT_FALSE(missing.close());
+    ioReadContext folder("/tmp");
+    EXPECT_EQ(folder.error().message, "cannot read '/tmp': Is a directory");
+    ioReadContext absent("/nonexistent-directory/x.fwpk");
+    EXPECT_EQ(absent.error().message,
+              "cannot open '/nonexistent-directory/x.fwpk': No such file or directory");
 
     // A full disk found mid-file (a flush of a full block) names the bytes that were lost.
     ioWriteContext big("/dev/full");
