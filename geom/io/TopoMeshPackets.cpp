@@ -23,12 +23,10 @@ void TopoMesh::writePF(ioWriteContext& context) const {
     const TopoMeshPacketNames names(getPacketType());
     const TopoMeshHeader& h = impl_->header();
     context.startPacket(names.header, this);
-    for (const void* end : {static_cast<const void*>(h.firstVertex),
-                            static_cast<const void*>(h.lastVertex),
-                            static_cast<const void*>(h.firstFace),
-                            static_cast<const void*>(h.lastFace),
-                            static_cast<const void*>(h.firstEdge),
-                            static_cast<const void*>(h.lastEdge)}) {
+    for (const void* end :
+         {static_cast<const void*>(h.firstVertex), static_cast<const void*>(h.lastVertex),
+          static_cast<const void*>(h.firstFace), static_cast<const void*>(h.lastFace),
+          static_cast<const void*>(h.firstEdge), static_cast<const void*>(h.lastEdge)}) {
         context.writePointer(end);
     }
     context.writeInt(h.numVertices);

@@ -393,7 +393,7 @@ public:
     /// header packets, each checked: sound or empty. Meshes not taken stay with the registry.
     /// Empty when `registerTypes` registered no such header type there.
     static ko::vector<ko::Reference<TopoMesh>> takeReadMeshes(ioPacketRegistry& registry,
-                                                               const char* name = nullptr);
+                                                              const char* name = nullptr);
 
     /// The kind with which a header packet defines its mesh.
     static constexpr int packetMeshKind = 0x54504D48;

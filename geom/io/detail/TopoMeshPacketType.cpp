@@ -44,8 +44,7 @@ void TopoMeshReadState::begin(const ioReadContext& context, int reference, TopoM
     reading_.push_back(MeshRead{mesh, &context, reference, {}});
 }
 
-TopoMeshReadState::MeshRead* TopoMeshReadState::find(const ioReadContext& context,
-                                                     int reference) {
+TopoMeshReadState::MeshRead* TopoMeshReadState::find(const ioReadContext& context, int reference) {
     if (last_ < reading_.size() && reading_[last_].reference == reference &&
         reading_[last_].context == &context) {
         return &reading_[last_];
@@ -71,9 +70,9 @@ void TopoMeshReadState::finish(ioReadContext& context) {
             continue;
         }
         const std::string fault =
-            !context.ok()       ? "the read stopped at an error"
+            !context.ok()    ? "the read stopped at an error"
             : linksToNothing ? "a link names no record of the file"
-                                  : checkReadTopoMesh(read.mesh->getImpl()->header(), read.records);
+                             : checkReadTopoMesh(read.mesh->getImpl()->header(), read.records);
         if (!fault.empty()) {
             empty(*read.mesh);
             context.invalidPacket("half-edge mesh " + std::to_string(read.reference) +
@@ -91,8 +90,7 @@ void TopoMeshReadState::finish(ioReadContext& context) {
 
 ko::vector<ko::Reference<TopoMesh>> TopoMeshReadState::take() { return std::move(read_); }
 
-TopoMeshPacketType::TopoMeshPacketType(std::string name, Role role,
-                                       void (*reader)(ioReadContext&),
+TopoMeshPacketType::TopoMeshPacketType(std::string name, Role role, void (*reader)(ioReadContext&),
                                        std::shared_ptr<TopoMeshReadState> state)
     : ioPacketType(std::move(name)), role_(role), reader_(reader), state_(std::move(state)) {}
 
@@ -206,8 +204,8 @@ bool TopoMeshPacketType::readEdge(ioReadContext& context) {
     }
     TopoMeshEdgeData* edge = read->mesh->getImpl()->allocator()->allocEdge();
     const int edgeKind = TopoMesh::packetRecordKind(read->reference, EntityType::Edge);
-    context.readPointer(&edge->vertex, TopoMesh::packetRecordKind(read->reference,
-                                                                  EntityType::Vertex));
+    context.readPointer(&edge->vertex,
+                        TopoMesh::packetRecordKind(read->reference, EntityType::Vertex));
     for (TopoMeshEdgeData** link : {&edge->next, &edge->prev, &edge->twin}) {
         context.readPointer(link, edgeKind);
     }

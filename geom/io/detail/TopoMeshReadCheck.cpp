@@ -22,8 +22,8 @@ std::string checkList(const char* kind, const Data* head, const Data* tail, std:
     std::int64_t length = 0;
     for (const Data* r = head; r != nullptr; r = r->nextInMesh) {
         if (length == records) {
-            return std::string(kind) + " list does not end after its " +
-                   std::to_string(records) + " records";
+            return std::string(kind) + " list does not end after its " + std::to_string(records) +
+                   " records";
         }
         if (r->prevInMesh != prev) {
             return numbered(kind, length, "of the list has a previous link that disagrees");
@@ -100,12 +100,11 @@ std::string checkVertices(const TopoMeshVertexData* head) {
 } // namespace
 
 std::string checkReadTopoMesh(const TopoMeshHeader& header, const TopoMeshRecordCounts& read) {
-    std::string fault =
-        checkList("vertex", header.firstVertex, header.lastVertex, header.numVertices,
-                  read.vertices);
+    std::string fault = checkList("vertex", header.firstVertex, header.lastVertex,
+                                  header.numVertices, read.vertices);
     if (fault.empty()) {
-        fault = checkList("half-edge", header.firstEdge, header.lastEdge, header.numEdges,
-                          read.edges);
+        fault =
+            checkList("half-edge", header.firstEdge, header.lastEdge, header.numEdges, read.edges);
     }
     if (fault.empty()) {
         fault = checkList("face", header.firstFace, header.lastFace, header.numFaces, read.faces);

@@ -102,10 +102,10 @@ TEST(TopoMeshPackets, ClosedAndOpenMeshesReadBackRecordForRecord) {
         expectSameMesh(*read.meshes[0], *source);
     }
     // Several meshes in one file come back in file order.
-    const Read read = readBack(written({sources[3].get(), sources[0].get(), sources[3].get()}));
+    const Read read = readBack(written({sources[3].get(), sources[0].get(), sources[4].get()}));
     ASSERT_EQ(read.meshes.size(), 3u);
     expectSameMesh(*read.meshes[1], *sources[0]);
-    expectSameMesh(*read.meshes[2], *sources[3]);
+    expectSameMesh(*read.meshes[2], *sources[4]);
 }
 
 struct TaggedVertex : TopoMeshVertexData {
@@ -203,10 +203,10 @@ TEST(TopoMeshPackets, DerivedMeshHooksRoundTripUnderItsBaseNameDeliberate) {
     TaggedMesh::tag<TaggedFace>(source.firstFace()) = next;
     const Bytes bytes = written({&source});
     const std::string base = "test.tagged.ko.geom.topomesh.";
-    EXPECT_EQ(packetNames(bytes),
-              (std::vector<std::string>{"test.tagged", base + "vertex", base + "vertex",
-                                        base + "vertex", base + "edge", base + "edge",
-                                        base + "edge", base + "face"}));
+    EXPECT_EQ(
+        packetNames(bytes),
+        (std::vector<std::string>{"test.tagged", base + "vertex", base + "vertex", base + "vertex",
+                                  base + "edge", base + "edge", base + "edge", base + "face"}));
     const Read tagged = readBack(bytes, "test.tagged", &readTagged);
     ASSERT_EQ(tagged.meshes.size(), 1u);
     const auto* mesh = dynamic_cast<const TaggedMesh*>(tagged.meshes[0].get());
@@ -236,7 +236,8 @@ std::vector<PacketValues> packetValues(const Bytes& bytes) {
     ioReadContext context(bytes.data(), bytes.size());
     std::vector<PacketValues> packets;
     while (context.nextPacket()) {
-        PacketValues p{std::string(context.getPacketTypeName()), context.getPacketReference()};
+        PacketValues p{
+            std::string(context.getPacketTypeName()), context.getPacketReference(), {}, {}, {}};
         const bool header = p.name == "ko.geom.topomesh";
         const bool vertex = p.name == "ko.geom.topomesh.vertex";
         const int links = header ? 6 : vertex ? 4 : p.name == "ko.geom.topomesh.edge" ? 8 : 4;
@@ -283,8 +284,10 @@ TEST(TopoMeshPackets, OneTriangleAndAnEmptyMeshWriteTheExactPackets) {
     EXPECT_EQ(p[6].references, (std::vector<int>{m, r[3], r[4], r[5], 0, r[7], 0, r[5]}));
     EXPECT_EQ(p[7].references, (std::vector<int>{m, r[4], 0, 0}));
     for (int i = 0; i < 8; ++i) {
-        EXPECT_EQ(p[i].name, std::string("ko.geom.topomesh") +
-                                 (i == 0 ? "" : i < 4 ? ".vertex" : i < 7 ? ".edge" : ".face"));
+        EXPECT_EQ(p[i].name, std::string("ko.geom.topomesh") + (i == 0  ? ""
+                                                                : i < 4 ? ".vertex"
+                                                                : i < 7 ? ".edge"
+                                                                        : ".face"));
     }
 }
 
@@ -308,22 +311,35 @@ enum { linkMesh, edgeVertex, edgeNext, edgePrev, edgeTwin, edgeFace };
 
 Plan planOf(const TopoMesh& mesh) {
     const TopoMeshHeader& h = mesh.getImpl()->header();
-    Plan plan{{"ko.geom.topomesh", &mesh,
+    Plan plan{{"ko.geom.topomesh",
+               &mesh,
                {h.firstVertex, h.lastVertex, h.firstFace, h.lastFace, h.firstEdge, h.lastEdge},
-               {}, {h.numVertices, h.numFaces, h.numEdges}}, {}, {}, {}};
+               {},
+               {h.numVertices, h.numFaces, h.numEdges}},
+              {},
+              {},
+              {}};
     for (const TopoMeshVertexData* v = h.firstVertex; v; v = v->nextInMesh) {
-        plan.vertices.push_back({"ko.geom.topomesh.vertex", v,
+        plan.vertices.push_back({"ko.geom.topomesh.vertex",
+                                 v,
                                  {&mesh, v->firstEdge, v->nextInMesh, v->prevInMesh},
-                                 {v->point.x, v->point.y, v->point.z}, {}});
+                                 {v->point.x, v->point.y, v->point.z},
+                                 {}});
     }
     for (const TopoMeshEdgeData* e = h.firstEdge; e; e = e->nextInMesh) {
-        plan.edges.push_back({"ko.geom.topomesh.edge", e,
-                              {&mesh, e->vertex, e->next, e->prev, e->twin, e->face,
-                               e->nextInMesh, e->prevInMesh}, {}, {}});
+        plan.edges.push_back(
+            {"ko.geom.topomesh.edge",
+             e,
+             {&mesh, e->vertex, e->next, e->prev, e->twin, e->face, e->nextInMesh, e->prevInMesh},
+             {},
+             {}});
     }
     for (const TopoMeshFaceData* f = h.firstFace; f; f = f->nextInMesh) {
-        plan.faces.push_back(
-            {"ko.geom.topomesh.face", f, {&mesh, f->firstEdge, f->nextInMesh, f->prevInMesh}});
+        plan.faces.push_back({"ko.geom.topomesh.face",
+                              f,
+                              {&mesh, f->firstEdge, f->nextInMesh, f->prevInMesh},
+                              {},
+                              {}});
     }
     return plan;
 }
@@ -417,12 +433,11 @@ TEST(TopoMeshPackets, DamagedLinksAndPacketsAreRejectedAndTheMeshDropped) {
              ++a.header.counts[0];
          },
          "ends after"},
-        {"no origin", [](Plan& a, Plan&) { a.edges[2].links[edgeVertex] = nullptr; },
-         "no origin"},
+        {"no origin", [](Plan& a, Plan&) { a.edges[2].links[edgeVertex] = nullptr; }, "no origin"},
         {"twin never defined", [](Plan& a, Plan&) { a.edges[2].links[edgeTwin] = &unknown; },
          "names no record"},
-        {"first edge elsewhere",
-         [](Plan& a, Plan&) { a.vertices[0].links[1] = a.edges[4].object; }, "starts elsewhere"},
+        {"first edge elsewhere", [](Plan& a, Plan&) { a.vertices[0].links[1] = a.edges[4].object; },
+         "starts elsewhere"},
         {"face edge not on it", [](Plan& a, Plan&) { a.faces[0].links[1] = a.edges[4].object; },
          "not on it"},
         {"edges on no loop",
@@ -490,7 +505,6 @@ TEST(TopoMeshPackets, RandomlyRelinkedFilesReadSoundOrEmpty) {
     static const char unknown = 0;
     std::mt19937 random(7);
     int sound = 0;
-    int dropped = 0;
     for (int seed = 0; seed < 3000; ++seed) {
         const Bytes bytes = two.bytes([&](Plan& a, Plan& b) {
             std::vector<Packet*> packets{&a.header, &b.header};
@@ -517,11 +531,10 @@ TEST(TopoMeshPackets, RandomlyRelinkedFilesReadSoundOrEmpty) {
         });
         const Read read = readBack(bytes);
         sound += read.faults.empty();
-        dropped += read.faults.find("dropped") != std::string::npos;
     }
-    // Some relinks are harmless (a link set to what it was); most drop a mesh.
+    // Some relinks are harmless (a link set to what it was); most are caught.
     EXPECT_GT(sound, 0);
-    EXPECT_GT(dropped, 1000);
+    EXPECT_LT(sound, 1000);
 }
 
 // Every cut of a real file and seeded bit flips and byte overwrites: a clean failure or a
