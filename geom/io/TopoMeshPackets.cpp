@@ -96,16 +96,15 @@ bool TopoMesh::readPF(ioReadContext& context) {
     context.readPointer(&h.lastFace, faceKind);
     context.readPointer(&h.firstEdge, edgeKind);
     context.readPointer(&h.lastEdge, edgeKind);
-    const std::int32_t vertices = context.readInt();
-    const std::int32_t faces = context.readInt();
-    const std::int32_t edges = context.readInt();
+    h.numVertices = context.readInt();
+    h.numFaces = context.readInt();
+    h.numEdges = context.readInt();
     onReadPF(context);
     if (!context.ok() || context.isPacketInvalid()) {
+        // The list ends wait for no record any more; the counts go too, leaving the mesh empty.
+        h.numVertices = h.numFaces = h.numEdges = 0;
         return false;
     }
-    h.numVertices = vertices;
-    h.numFaces = faces;
-    h.numEdges = edges;
     context.defineReference(reference, static_cast<void*>(this), packetMeshKind);
     return context.ok();
 }
