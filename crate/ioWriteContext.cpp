@@ -46,6 +46,9 @@ struct OpenLevel {
 } // namespace
 
 struct ioWriteContext::Impl {
+    // The payload buffer is never null, so that copying an empty packet's values is defined.
+    Impl() { payload.reserve(4096); }
+
     std::FILE* file = nullptr;
     bool toFile = false;
     bool closed = false;
@@ -200,7 +203,11 @@ bool noteWritten(int number, int& written, std::string& problem) {
 
 void ioWriteContext::startPacket(std::string_view typeName, const void* object) {
     Impl& d = *impl_;
-    if (!ok() || d.closed) {
+    if (!ok()) {
+        return;
+    }
+    if (d.closed) {
+        fail(locate("startPacket after close"));
         return;
     }
     if (d.open) {
