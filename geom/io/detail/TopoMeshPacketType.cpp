@@ -1,7 +1,5 @@
 #include "geom/io/detail/TopoMeshPacketType.h"
 
-#include <algorithm>
-
 #include "crate/ioReadContext.h"
 
 namespace koGeom::detail {
