@@ -50,6 +50,9 @@ function(formwork_add_library target export_header)
     formwork_use_options(${target})
     set(header ${FORMWORK_GENERATED_INCLUDE_DIR}/${export_header})
     generate_export_header(${target} BASE_NAME ${target} EXPORT_FILE_NAME ${header})
+    # Installed shared, a library finds the project's libraries it needs (formwork needs crate)
+    # beside itself: a consumer's own run path does not reach the needs of its libraries.
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN")
     target_sources(${target} PUBLIC FILE_SET generated_headers TYPE HEADERS
         BASE_DIRS ${FORMWORK_GENERATED_INCLUDE_DIR}
         FILES ${header})
