@@ -31,7 +31,7 @@ function(formwork_check_compile_lines commands_file program)
     foreach(i RANGE ${last})
         string(JSON file GET "${commands}" ${i} file)
         string(JSON line GET "${commands}" ${i} command)
-        if(file MATCHES "/formwork/" OR file MATCHES "/_deps/")
+        if(NOT line MATCHES "CMakeFiles/${program}\\.dir/")
             continue() # Formwork's own sources, built inside a subproject consumer
         endif()
         if(line MATCHES " -W[a-z]| -fsanitize| -fvisibility")
