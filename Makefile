@@ -10,8 +10,10 @@ TEST_PACKAGES := libgtest-dev libgmock-dev
 BENCH_PACKAGES := libbenchmark-dev libpcl-dev libglm-dev libnanoflann-dev libcgal-dev libopenmesh-dev
 # The second compiler, with its sanitizer runtimes, for `make asan-clang`.
 CLANG_PACKAGES := clang libclang-rt-dev
+# Doxygen and Graphviz for the API reference (`make docs`).
+DOCS_PACKAGES := doxygen graphviz
 
-.PHONY: all test asan asan-clang bench fuzz build deps format clean
+.PHONY: all test asan asan-clang bench fuzz build deps docs format clean
 
 all: test
 
@@ -47,6 +49,12 @@ fuzz:
 	cmake --preset fuzz $(CMAKE_ARGS)
 	cmake --build --preset fuzz -j $(JOBS)
 	fuzz/run-all.sh build/fuzz/fuzz $(FUZZ_SECONDS)
+
+# The API reference, HTML with class diagrams, in build/docs/html; fails on any warning other
+# than an undocumented member.
+docs:
+	@cmake/install-packages.sh $(DOCS_PACKAGES)
+	cmake/build-docs.sh build/docs
 
 format:
 	git ls-files '*.h' '*.cpp' '*.inl' | xargs clang-format -i
