@@ -5,15 +5,17 @@ JOBS ?= $(shell nproc)
 # Extra configure options, e.g. CMAKE_ARGS=-DFORMWORK_WARNINGS_AS_ERRORS=ON
 CMAKE_ARGS ?=
 
-BUILD_PACKAGES := g++ cmake make
+BUILD_PACKAGES := g++ cmake make libxxhash-dev
 TEST_PACKAGES := libgtest-dev libgmock-dev assimp-testmodels
 # The formwork program, which the default build builds: its command line, importer and PNG writer.
 TOOL_PACKAGES := libcli11-dev libassimp-dev libspng-dev pkg-config
 BENCH_PACKAGES := libbenchmark-dev libpcl-dev libglm-dev libnanoflann-dev libcgal-dev libopenmesh-dev
 # The second compiler, with its sanitizer runtimes, for `make asan-clang`.
 CLANG_PACKAGES := clang libclang-rt-dev
+# Doxygen and Graphviz for the API reference (`make docs`).
+DOCS_PACKAGES := doxygen graphviz
 
-.PHONY: all test asan asan-clang bench build demo deps format clean
+.PHONY: all test asan asan-clang bench build demo deps docs format fuzz clean
 
 all: test
 
@@ -59,6 +61,20 @@ bench:
 	cmake --preset release $(CMAKE_ARGS)
 	cmake --build --preset release -j $(JOBS)
 	bench/run-all.sh build/release/bench
+
+# Every fuzz target for FUZZ_SECONDS each over its seed corpus (written by the build).
+FUZZ_SECONDS ?= 60
+fuzz:
+	@cmake/install-packages.sh $(BUILD_PACKAGES) $(CLANG_PACKAGES)
+	cmake --preset fuzz $(CMAKE_ARGS)
+	cmake --build --preset fuzz -j $(JOBS)
+	fuzz/run-all.sh build/fuzz/fuzz $(FUZZ_SECONDS)
+
+# The API reference, HTML with class diagrams, in build/docs/html; fails on any warning other
+# than an undocumented member.
+docs:
+	@cmake/install-packages.sh $(DOCS_PACKAGES)
+	cmake/build-docs.sh build/docs
 
 format:
 	git ls-files '*.h' '*.cpp' '*.inl' | xargs clang-format -i

@@ -14,6 +14,15 @@ if(FORMWORK_SANITIZE)
     target_link_options(formwork_options INTERFACE ${_formwork_sanitize_flags})
 endif()
 
+# Fuzzing instruments every target for coverage and runs it under both sanitizers; only the
+# fuzz targets themselves link libFuzzer's main.
+if(FORMWORK_BUILD_FUZZ)
+    set(_formwork_fuzz_flags -fsanitize=fuzzer-no-link,address,undefined
+        -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(formwork_options INTERFACE ${_formwork_fuzz_flags})
+    target_link_options(formwork_options INTERFACE -fsanitize=address,undefined)
+endif()
+
 # Attach the project's options to a target without exporting them to consumers.
 function(formwork_use_options target)
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:formwork_options>)
@@ -41,6 +50,9 @@ function(formwork_add_library target export_header)
     formwork_use_options(${target})
     set(header ${FORMWORK_GENERATED_INCLUDE_DIR}/${export_header})
     generate_export_header(${target} BASE_NAME ${target} EXPORT_FILE_NAME ${header})
+    # Installed shared, a library finds the project's libraries it needs (formwork needs crate)
+    # beside itself: a consumer's own run path does not reach the needs of its libraries.
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN")
     target_sources(${target} PUBLIC FILE_SET generated_headers TYPE HEADERS
         BASE_DIRS ${FORMWORK_GENERATED_INCLUDE_DIR}
         FILES ${header})

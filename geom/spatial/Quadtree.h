@@ -46,6 +46,7 @@ class FORMWORK_EXPORT Quadtree {
 public:
     /// A cell: a leaf over a range of remap slots, or an inner node with four children.
     struct Node {
+        /// The points of a leaf: remap slots [first, end).
         struct Leaf {
             int first;
             int end;

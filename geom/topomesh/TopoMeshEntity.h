@@ -58,9 +58,11 @@ private:
 
 } // namespace koGeom
 
+/// \cond
 template <>
 struct std::hash<koGeom::TopoMeshEntity> {
     std::size_t operator()(const koGeom::TopoMeshEntity& entity) const noexcept {
         return koGeom::hashRecordAddress(entity.data());
     }
 };
+/// \endcond

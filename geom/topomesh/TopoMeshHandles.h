@@ -181,8 +181,7 @@ inline TopoMeshFace TopoMeshEdge::face() const noexcept { return data_->face; }
 // The neighbourhood queries walk fans: their bodies come with the fan iterator.
 #include "geom/topomesh/TopoMeshEdgeVertexIterator.h"
 
-/// \name Hashing of handles
-/// @{
+/// \cond
 template <>
 struct std::hash<koGeom::TopoMeshVertex> {
     std::size_t operator()(koGeom::TopoMeshVertex v) const noexcept { return v.hash(); }
@@ -195,4 +194,4 @@ template <>
 struct std::hash<koGeom::TopoMeshFace> {
     std::size_t operator()(koGeom::TopoMeshFace f) const noexcept { return f.hash(); }
 };
-/// @}
+/// \endcond

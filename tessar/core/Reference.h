@@ -88,9 +88,11 @@ private:
 
 } // namespace ko
 
+/// \cond
 template <class T>
 struct std::hash<ko::Reference<T>> {
     std::size_t operator()(const ko::Reference<T>& reference) const noexcept {
         return std::hash<T*>()(reference.get());
     }
 };
+/// \endcond

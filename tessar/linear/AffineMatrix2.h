@@ -122,11 +122,6 @@ constexpr AffineMatrix2 operator*(const AffineMatrix2& a, const AffineMatrix2& b
     return result;
 }
 
-constexpr AffineMatrix2& AffineMatrix2::operator*=(const AffineMatrix2& b) noexcept {
-    *this = *this * b;
-    return *this;
-}
-
 /// The point transformed, translation included.
 constexpr Point2 operator*(const Point2& p, const AffineMatrix2& m) noexcept {
     return {p.x * m(0, 0) + p.y * m(1, 0) + m(2, 0), p.x * m(0, 1) + p.y * m(1, 1) + m(2, 1)};
@@ -140,6 +135,11 @@ constexpr Tuple2 operator*(const Tuple2& t, const AffineMatrix2& m) noexcept {
 constexpr Point2& operator*=(Point2& p, const AffineMatrix2& m) noexcept { return p = p * m; }
 constexpr Tuple2& operator*=(Tuple2& t, const AffineMatrix2& m) noexcept { return t = t * m; }
 /// @}
+
+constexpr AffineMatrix2& AffineMatrix2::operator*=(const AffineMatrix2& b) noexcept {
+    *this = *this * b;
+    return *this;
+}
 
 /// True when every element of `a` differs from that of `b` by strictly less than `tol`.
 inline bool equivalent(const AffineMatrix2& a, const AffineMatrix2& b, double tol) noexcept {

@@ -141,6 +141,7 @@ inline bool equal(const CString& a, const CString& b) noexcept { return a == b; 
 /// Hashes the bytes, so that equal strings hash alike. It also takes a `std::string_view` (or
 /// anything that converts to one, such as a string literal) with the same result, for
 /// heterogeneous lookup in a set whose equality is `std::equal_to<>`.
+/// \cond
 template <>
 struct std::hash<koString::CString> {
     using is_transparent = void;
@@ -148,3 +149,4 @@ struct std::hash<koString::CString> {
         return std::hash<std::string_view>()(text);
     }
 };
+/// \endcond

@@ -99,9 +99,11 @@ private:
 } // namespace koString
 
 /// Hashes the code units, so that equal texts hash alike.
+/// \cond
 template <>
 struct std::hash<koString::IString> {
     std::size_t operator()(const koString::IString& text) const noexcept {
         return std::hash<std::u16string_view>()(text.view());
     }
 };
+/// \endcond

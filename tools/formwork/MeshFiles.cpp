@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include <sys/stat.h>
+
 #include "tools/formwork/AssimpExport.h"
 #include "tools/formwork/PacketFiles.h"
 
@@ -23,16 +25,29 @@ bool isWritableFileName(std::string_view path) {
     return isPacketFileName(path) || assimpExportFormat(path) != nullptr;
 }
 
-bool readMeshes(const std::string& path, const ImportOptions& options, MeshList& meshes,
-                std::string& error, Progress& progress) {
-    // Opening first gives the system's reason (no such file, permission) rather than an
-    // importer's guess.
+bool checkReadable(const std::string& path, std::string& error) {
     std::FILE* file = std::fopen(path.c_str(), "rb");
     if (file == nullptr) {
         error = path + ": " + std::strerror(errno);
         return false;
     }
+    struct stat status {};
+    const bool directory = fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode);
     std::fclose(file);
+    if (directory) {
+        error = path + ": " + std::strerror(EISDIR);
+        return false;
+    }
+    return true;
+}
+
+bool readMeshes(const std::string& path, const ImportOptions& options, MeshList& meshes,
+                std::string& error, Progress& progress) {
+    // Opening first gives the system's reason (no such file, permission) rather than an
+    // importer's guess.
+    if (!checkReadable(path, error)) {
+        return false;
+    }
     MeshList read;
     const bool ok = looksLikePacketFile(path)
                         ? readPacketFile(path, read, error)

@@ -16,6 +16,10 @@ bool isPacketFileName(std::string_view path);
 /// `assimpExportFormat`.
 bool isWritableFileName(std::string_view path);
 
+/// True when `path` can be opened for reading and is no directory; else false, with `error`
+/// the path and the system's reason ("No such file or directory").
+bool checkReadable(const std::string& path, std::string& error);
+
 /// Reads the meshes of any file the program understands into `meshes` (appended): a packet
 /// file by its contents (a file that begins with a packet file's header), anything else
 /// through `importWithAssimp` with `options`. Every mesh read passes `checkIndices`.

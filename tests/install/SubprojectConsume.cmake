@@ -1,0 +1,31 @@
+# Builds the consumer with Formwork taken in from its source tree (add_subdirectory or
+# FetchContent, as WAY says) in a fresh temporary directory, runs it, and checks its report.
+#
+# Variables: FORMWORK_SOURCE_DIR, CONSUMER_SOURCE_DIR, SUBPROJECT_SOURCE_DIR, CXX_COMPILER, WAY.
+
+cmake_minimum_required(VERSION 3.25)
+
+include(${CMAKE_CURRENT_LIST_DIR}/Consume.cmake)
+
+unset(ENV{CXXFLAGS})
+unset(ENV{LDFLAGS})
+if(DEFINED ENV{TMPDIR})
+    set(temp_root $ENV{TMPDIR})
+else()
+    set(temp_root /tmp)
+endif()
+string(RANDOM LENGTH 12 suffix)
+set(work ${temp_root}/formwork-${WAY}-${suffix})
+cmake_host_system_information(RESULT cores QUERY NUMBER_OF_PHYSICAL_CORES)
+if(cores LESS 1)
+    set(cores 1)
+endif()
+
+# Unoptimised: the library is compiled afresh here, and only whether it builds and links as a
+# subproject is in question.
+set(BUILD_TYPE "")
+set(prefix "")
+consume(${SUBPROJECT_SOURCE_DIR} ${work} consumer -DFORMWORK_WAY=${WAY}
+    -DFORMWORK_SOURCE_DIR=${FORMWORK_SOURCE_DIR} -DCONSUMER_SOURCE_DIR=${CONSUMER_SOURCE_DIR})
+formwork_check_consumer_output("${last_output}")
+file(REMOVE_RECURSE ${work})
