@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc)
 # Extra configure options, e.g. CMAKE_ARGS=-DFORMWORK_WARNINGS_AS_ERRORS=ON
 CMAKE_ARGS ?=
 
-BUILD_PACKAGES := g++ cmake make
+BUILD_PACKAGES := g++ cmake make libxxhash-dev
 TEST_PACKAGES := libgtest-dev libgmock-dev
 BENCH_PACKAGES := libbenchmark-dev libpcl-dev libglm-dev libnanoflann-dev libcgal-dev libopenmesh-dev
 # The second compiler, with its sanitizer runtimes, for `make asan-clang`.

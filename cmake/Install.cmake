@@ -4,7 +4,7 @@
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS tessar formwork
+install(TARGETS tessar crate formwork
     EXPORT FormworkTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -29,6 +29,7 @@ write_basic_package_version_file(
     COMPATIBILITY SameMinorVersion)
 
 install(FILES
+    ${PROJECT_SOURCE_DIR}/cmake/FindXXHash.cmake
     ${PROJECT_BINARY_DIR}/FormworkConfig.cmake
     ${PROJECT_BINARY_DIR}/FormworkConfigVersion.cmake
     DESTINATION ${FORMWORK_CMAKE_INSTALL_DIR})

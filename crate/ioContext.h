@@ -57,8 +57,8 @@ protected:
     /// Hooks for the derived context: where the current packet is.
     virtual ioError locate(std::string message) const = 0;
     /// Called by `invalidPacket` so that the derived context can drop the packet's fix-ups
-    /// and skip its remaining bytes.
-    virtual void onPacketInvalid() {}
+    /// and skip its remaining bytes. Returns false when no packet is open (nothing to mark).
+    virtual bool onPacketInvalid() = 0;
 
     void setPacketInvalid(bool invalid) noexcept { packetInvalid_ = invalid; }
     /// The reference table: `definitions_[r]` is the object of reference r (index 0 unused).

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "crate/CrateExport.h"
@@ -25,6 +27,7 @@ public:
     ioPacketType* typeAt(std::size_t index) const noexcept;
 
 private:
-    // Implementation free to change (a hash map from name to index, say).
     std::vector<std::unique_ptr<ioPacketType>> types_;
+    /// Index into `types_` by the type's name (the key views the type's own name).
+    std::unordered_map<std::string_view, std::size_t> index_;
 };

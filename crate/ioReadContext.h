@@ -2,12 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "crate/CrateExport.h"
 #include "crate/ioContext.h"
+#include "crate/ioValueKind.h"
 
 class ioClientReadContext;
 class ioPacketRegistry;
@@ -44,6 +46,10 @@ public:
     std::uint64_t skippedPacketCount() const noexcept;
     /// @}
 
+    /// The minor version of the file's format (a reader accepts any minor version of its
+    /// major version); 0 when the file could not be opened.
+    std::uint16_t getMinorVersion() const noexcept;
+
     /// \name Stepping through packets (without a registry)
     /// @{
     /// Moves to the first chunk of the next packet. False at the end of the file or on error.
@@ -55,6 +61,8 @@ public:
     std::int64_t getPacketIndex() const noexcept;
     /// Offset of the current packet's first byte.
     std::uint64_t getPacketOffset() const noexcept;
+    /// Bytes of the current packet's payload (its chunks), 0 outside a packet.
+    std::uint64_t getPacketPayloadLength() const noexcept;
     /// @}
 
     /// \name Chunks and sub-packets
@@ -67,7 +75,27 @@ public:
     /// not a sub-packet.
     bool startSubPacket();
     /// Skips what is left of the sub-packet and continues after it in the enclosing chunk.
+    /// Does nothing when no sub-packet is open (so a reader may pair it with a
+    /// `startSubPacket` that found none).
     void endSubPacket();
+    /// How many sub-packets are open (0 in the packet's own chunks).
+    int getSubPacketDepth() const noexcept;
+    /// @}
+
+    /// \name Generic access
+    /// For a reader that does not know the packet's layout (a file listing): what comes next,
+    /// where, and a way past it.
+    /// @{
+    /// The kind of the next value of the current chunk; `ioValueKind::none` when the chunk
+    /// has no values left (no error) and with an error when the next byte is no value tag.
+    ioValueKind peekValueKind();
+    /// Offset in the file of the next value (or of the end of the chunk).
+    std::uint64_t getValueOffset() const noexcept;
+    /// Bytes left in the current chunk.
+    std::uint64_t getChunkLength() const noexcept;
+    /// Skips the next value (a pointer is still taken note of; a sub-packet is skipped
+    /// whole, unchecked inside until the packet ends).
+    void skipValue();
     /// @}
 
     /// \name Values
@@ -120,6 +148,11 @@ public:
     int getReferenceKind(int reference) const noexcept;
     /// @}
 
+protected:
+    ioError locate(std::string message) const override;
+    bool onPacketInvalid() override;
+
 private:
-    // Implementation free to change.
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
 };

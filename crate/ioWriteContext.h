@@ -2,7 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -77,7 +77,16 @@ public:
     /// The reference number of `object` (numbering it now at first sight); 0 for null.
     int referenceOf(const void* object);
 
+protected:
+    ioError locate(std::string message) const override;
+    bool onPacketInvalid() override;
+
 private:
-    // Implementation free to change.
+    /// True when a value may be written now; an error when no packet is open.
+    bool acceptsValue(const char* what);
+    void writeArray(std::uint8_t tag, const void* values, std::size_t count);
+
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
     std::vector<std::uint8_t> buffer_;
 };
