@@ -209,8 +209,8 @@ void writeMesh(ioWriteContext& context, const CompactMesh* mesh, double scale,
                      channelElements(attribute, numVertices), size,
                      [&context, mesh, attribute, size](int start, int length) {
                          std::fprintf(stderr, "mesh = %p, attrib = %s, start = %d, length = %d\n",
-                                      static_cast<const void*>(mesh),
-                                      attribute->getName().c_str(), start, length);
+                                      static_cast<const void*>(mesh), attribute->getName().c_str(),
+                                      start, length);
                          context.writeString(attribute->getName().view());
                          context.writeInt(size);
                      });

@@ -59,8 +59,7 @@ FORMWORK_EXPORT void registerTypes(ioPacketRegistry* registry, ReadInterface* re
 FORMWORK_EXPORT void writeViewport(ioWriteContext& context, const Viewport& viewport);
 /// The frame's left-bottom and right-top corners (`writeTuple2` each), the near and far
 /// distances (doubles), then whether it is orthographic (bool).
-FORMWORK_EXPORT void writeEyeSpaceFrustum(ioWriteContext& context,
-                                          const EyeSpaceFrustum& frustum);
+FORMWORK_EXPORT void writeEyeSpaceFrustum(ioWriteContext& context, const EyeSpaceFrustum& frustum);
 /// The viewport and the eye-space frustum (as above), the world-to-eye transform
 /// (`writeAffineMatrix`), then whether the frustum is open (bool).
 FORMWORK_EXPORT void writeCamera(ioWriteContext& context, const Camera& camera);

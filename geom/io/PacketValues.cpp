@@ -121,9 +121,7 @@ bool readPoint2Flt(ioReadContext& context, Point2Flt& point) { return readXy(con
 void writeVector2Flt(ioWriteContext& context, const Vector2Flt& vector) {
     writeXy(context, vector);
 }
-bool readVector2Flt(ioReadContext& context, Vector2Flt& vector) {
-    return readXy(context, vector);
-}
+bool readVector2Flt(ioReadContext& context, Vector2Flt& vector) { return readXy(context, vector); }
 
 void writeAffineMatrix(ioWriteContext& context, const AffineMatrix& matrix) {
     writeMatrix<12>(context, matrix);

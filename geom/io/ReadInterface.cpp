@@ -60,7 +60,7 @@ namespace {
 using detail::MeshArraySlot;
 
 // The bytes of the file, and those from the start of the current packet to its end.
-std::uint64_t fileBytes(const ioReadContext& context) { return context.size(); }
+std::uint64_t fileBytes(const ioReadContext& context) { return context.getInputSize(); }
 std::uint64_t fileBytesFromPacket(const ioReadContext& context) {
     const std::uint64_t size = fileBytes(context);
     const std::uint64_t offset = context.getPacketOffset();
@@ -85,16 +85,14 @@ struct MeshHeader {
     int sequences[detail::sequenceKindCount][2] = {};
     bool sts = false;
 
-    bool hasSequences(int kind) const {
-        return sequences[kind][0] >= 1 && sequences[kind][1] >= 1;
-    }
+    bool hasSequences(int kind) const { return sequences[kind][0] >= 1 && sequences[kind][1] >= 1; }
 
     // The data bytes of the arrays a mesh of this header gets.
     std::uint64_t dataBytes() const {
         const std::uint64_t floatsPerVertex =
             3 + (normals ? 3 : 0) + (uvs ? 2 : 0) + (sts ? 2 : 0) + (colours ? 4 : 0);
-        std::uint64_t values = nonNegative(vertices) * floatsPerVertex +
-                               nonNegative(triangles) * (triNormals ? 6 : 3);
+        std::uint64_t values =
+            nonNegative(vertices) * floatsPerVertex + nonNegative(triangles) * (triNormals ? 6 : 3);
         for (int kind = 0; kind < detail::sequenceKindCount; ++kind) {
             if (hasSequences(kind)) {
                 values += nonNegative(sequences[kind][0]) + nonNegative(sequences[kind][1]);
@@ -149,31 +147,31 @@ bool readHeader(ioReadContext& context, MeshHeader& header) {
 
 MeshSequence& sequenceOf(CompactMesh& mesh, int kind) {
     switch (kind) {
-    case detail::triStripKind:
-        return mesh.getTriStrips();
-    case detail::triFanKind:
-        return mesh.getTriFans();
-    case detail::lineStripKind:
-        return mesh.getLineStrips();
-    default:
-        return mesh.getPolys();
+        case detail::triStripKind:
+            return mesh.getTriStrips();
+        case detail::triFanKind:
+            return mesh.getTriFans();
+        case detail::lineStripKind:
+            return mesh.getLineStrips();
+        default:
+            return mesh.getPolys();
     }
 }
 
 void resizeSequences(CompactMesh& mesh, int kind, int numPoints, int numSequences) {
     switch (kind) {
-    case detail::triStripKind:
-        mesh.resizeTriStripArrays(numPoints, numSequences);
-        break;
-    case detail::triFanKind:
-        mesh.resizeTriFanArrays(numPoints, numSequences);
-        break;
-    case detail::lineStripKind:
-        mesh.resizeLineStripArrays(numPoints, numSequences);
-        break;
-    default:
-        mesh.resizePolyArrays(numPoints, numSequences);
-        break;
+        case detail::triStripKind:
+            mesh.resizeTriStripArrays(numPoints, numSequences);
+            break;
+        case detail::triFanKind:
+            mesh.resizeTriFanArrays(numPoints, numSequences);
+            break;
+        case detail::lineStripKind:
+            mesh.resizeLineStripArrays(numPoints, numSequences);
+            break;
+        default:
+            mesh.resizePolyArrays(numPoints, numSequences);
+            break;
     }
 }
 
@@ -184,9 +182,7 @@ MeshArraySlot<float> channelSlot(MeshAttributes* channel) {
     return {channel->asFloat(), channel->getNumElements(), channel->getDimension()};
 }
 
-MeshArraySlot<float> verticesSlot(CompactMesh& mesh) {
-    return channelSlot(mesh.getVerticesAttr());
-}
+MeshArraySlot<float> verticesSlot(CompactMesh& mesh) { return channelSlot(mesh.getVerticesAttr()); }
 MeshArraySlot<float> normalsSlot(CompactMesh& mesh) { return channelSlot(mesh.getNormalsAttr()); }
 MeshArraySlot<float> uvsSlot(CompactMesh& mesh) { return channelSlot(mesh.getUVsAttr()); }
 MeshArraySlot<float> stsSlot(CompactMesh& mesh) { return channelSlot(mesh.getSTsAttr()); }
@@ -222,8 +218,8 @@ bool blockFits(ioReadContext& context, const MeshArraySlot<T>& slot, int start, 
         return false;
     }
     if (length != values) {
-        context.invalidPacket(koString::CString::format("%zu values for %d %s of %d each",
-                                                        length, count, what, slot.width)
+        context.invalidPacket(koString::CString::format("%zu values for %d %s of %d each", length,
+                                                        count, what, slot.width)
                                   .view());
         return false;
     }
@@ -425,10 +421,10 @@ void ReadInterface::readMeshAttributes() {
     const koString::CString key(name);
     MeshAttributes* attribute = mesh->getAttributes(key);
     if (attribute != nullptr && attribute->getDimension() != size) {
-        context.invalidPacket(koString::CString::format(
-                                  "attribute of %d floats where the mesh has one of %d", size,
-                                  attribute->getDimension())
-                                  .view());
+        context.invalidPacket(
+            koString::CString::format("attribute of %d floats where the mesh has one of %d", size,
+                                      attribute->getDimension())
+                .view());
         return;
     }
     if (attribute == nullptr) {
@@ -440,8 +436,7 @@ void ReadInterface::readMeshAttributes() {
         attribute = mesh->allocAttributes(key, size);
         if (attribute == nullptr) {
             context.invalidPacket(
-                koString::CString::format("the mesh cannot make an attribute of %d floats",
-                                          size)
+                koString::CString::format("the mesh cannot make an attribute of %d floats", size)
                     .view());
             return;
         }

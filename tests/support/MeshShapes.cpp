@@ -70,8 +70,7 @@ void fillBits(void* values, int count, std::mt19937& random) {
 
 } // namespace
 
-void fillEveryArray(koGeom::CompactMesh& mesh, int numVertices, int numTriangles,
-                    unsigned seed) {
+void fillEveryArray(koGeom::CompactMesh& mesh, int numVertices, int numTriangles, unsigned seed) {
     std::mt19937 random(seed);
     mesh.resizeVertexArray(numVertices);
     mesh.allocNormalArray();
@@ -84,8 +83,7 @@ void fillEveryArray(koGeom::CompactMesh& mesh, int numVertices, int numTriangles
     }
     for (int i = 0; i < mesh.getNumAttributes(); ++i) {
         koGeom::MeshAttributes* channel = mesh.getAttributes(i);
-        fillBits(channel->asFloat(), channel->getNumElements() * channel->getDimension(),
-                 random);
+        fillBits(channel->asFloat(), channel->getNumElements() * channel->getDimension(), random);
     }
     mesh.resizeTriangleArray(numTriangles);
     mesh.allocTriangleNormalArray();

@@ -20,7 +20,6 @@ void makeCube(koGeom::CompactMesh& mesh);
 /// triangle normals; strips of 1000 points in 2 sequences, fans of 3 in 1, line strips of 1001
 /// in 2, polygons of 4 in 1; attributes "weight", "offset", "tangent" and "tint" of one to four
 /// floats marked for storage; draw flags 0x5a5a and flat shading off.
-void fillEveryArray(koGeom::CompactMesh& mesh, int numVertices, int numTriangles,
-                    unsigned seed);
+void fillEveryArray(koGeom::CompactMesh& mesh, int numVertices, int numTriangles, unsigned seed);
 
 } // namespace koGeomTest

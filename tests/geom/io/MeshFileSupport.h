@@ -31,11 +31,15 @@ inline Bytes packetBytes(const std::function<void(ioWriteContext&)>& write) {
     return context.buffer();
 }
 
+/// The file of `mesh` alone; the attribute lines of the writer are swallowed.
 inline Bytes meshBytes(const koGeom::CompactMesh& mesh, double scale = 1.0,
                        bool writeReferences = true) {
-    return packetBytes([&](ioWriteContext& context) {
+    testing::internal::CaptureStderr();
+    Bytes bytes = packetBytes([&](ioWriteContext& context) {
         koGeom::packetFile::writeMesh(context, &mesh, scale, writeReferences);
     });
+    testing::internal::GetCapturedStderr();
+    return bytes;
 }
 
 /// What reading a file through the mesh packet types gave.
@@ -45,7 +49,12 @@ struct MeshRead {
     std::vector<std::string> invalid;        // the reasons of the invalid packets
 };
 
-inline MeshRead readMeshes(const Bytes& bytes, bool ignoreMesh = false) {
+/// Reads `bytes`; the attribute lines the reader writes to the standard error stream are
+/// swallowed unless `quiet` is false.
+inline MeshRead readMeshes(const Bytes& bytes, bool ignoreMesh = false, bool quiet = true) {
+    if (quiet) {
+        testing::internal::CaptureStderr();
+    }
     ioReadContext context(bytes.data(), bytes.size());
     koGeom::packetFile::ReadInterface reader(context);
     reader.setIgnoreMesh(ignoreMesh);
@@ -56,6 +65,9 @@ inline MeshRead readMeshes(const Bytes& bytes, bool ignoreMesh = false) {
     read.mesh = reader.getLastMesh(true);
     for (const ioError& invalid : context.invalidPackets()) {
         read.invalid.push_back(invalid.message);
+    }
+    if (quiet) {
+        testing::internal::GetCapturedStderr();
     }
     return read;
 }
@@ -78,8 +90,8 @@ inline void expectSameMesh(const koGeom::CompactMesh& written, const koGeom::Com
             << a.getName().view();
     }
     ASSERT_EQ(read.getNumTriangles(), written.getNumTriangles());
-    EXPECT_TRUE(sameBits(written.getTrianglesRaw(), read.getTrianglesRaw(),
-                         3 * written.getNumTriangles()));
+    EXPECT_TRUE(
+        sameBits(written.getTrianglesRaw(), read.getTrianglesRaw(), 3 * written.getNumTriangles()));
     EXPECT_EQ(read.getTriangleNormals() != nullptr, written.getTriangleNormals() != nullptr);
     EXPECT_TRUE(sameBits(written.getTriangleNormalsRaw(), read.getTriangleNormalsRaw(),
                          3 * written.getNumTriangles()));

@@ -132,7 +132,7 @@ TEST(PacketValues, AValueOfAnotherShapeIsRefusedAndSkipped) {
     koLinear::Point point(9.0, 9.0, 9.0);
     koLinear::ParamPlane plane;
     plane.origin = point;
-    EXPECT_FALSE(readPoint(c, point));     // two doubles where three are due
+    EXPECT_FALSE(readPoint(c, point));      // two doubles where three are due
     EXPECT_FALSE(readParamPlane(c, plane)); // a line: no vectors after its point and normal
     EXPECT_TRUE(point == koLinear::Point(9.0, 9.0, 9.0) && plane.origin == point);
     EXPECT_TRUE(readPoint(c, point) && point == koLinear::Point(5.0, 6.0, 7.0));
@@ -183,8 +183,12 @@ TEST(PacketValues, CamerasFrustaAndViewportsRoundTripEveryField) {
         koLinear::Tuple2 leftBottom;
         koLinear::Tuple2 rightTop;
         e.getFrame(leftBottom, rightTop);
-        return std::array<double, 7>{leftBottom.x, leftBottom.y,  rightTop.x,
-                                     rightTop.y,   e.getNearDist(), e.getFarDist(),
+        return std::array<double, 7>{leftBottom.x,
+                                     leftBottom.y,
+                                     rightTop.x,
+                                     rightTop.y,
+                                     e.getNearDist(),
+                                     e.getFarDist(),
                                      e.getOrthographic() ? 1.0 : 0.0};
     };
     EXPECT_EQ(viewportFields(readViewport), viewportFields(viewport));
