@@ -227,8 +227,11 @@ std::size_t ioReadContext::Impl::fill(std::size_t wanted) {
 
 namespace {
 
-std::string headerProblem(const std::uint8_t* header, std::size_t available) {
+std::string headerProblem(const std::uint8_t* header, std::size_t available,
+                          std::uint64_t& offset) {
+    offset = 0;
     if (available < fileHeaderSize) {
+        offset = available;
         return available == 0 ? "empty file: not a packet file"
                               : "file header cut short: not a packet file";
     }
@@ -237,6 +240,7 @@ std::string headerProblem(const std::uint8_t* header, std::size_t available) {
     }
     const std::uint16_t major = load<std::uint16_t>(header + 4);
     if (major != majorVersion) {
+        offset = 4;
         return "packet file version " + std::to_string(major) + "." +
                std::to_string(load<std::uint16_t>(header + 6)) +
                " is not supported (this reader reads version " + std::to_string(majorVersion) +
@@ -271,9 +275,10 @@ ioReadContext::ioReadContext(const std::string& path) : impl_(std::make_unique<I
                                        inputBlockSize, std::max<std::uint64_t>(d.size, 64)))
                                  : inputBlockSize);
     const std::size_t available = d.fill(fileHeaderSize);
-    std::string problem = headerProblem(d.base + d.begin, available);
+    std::uint64_t offset = 0;
+    std::string problem = headerProblem(d.base + d.begin, available, offset);
     if (!problem.empty()) {
-        fail(ioError{std::move(problem), -1, {}, 0});
+        fail(ioError{std::move(problem), -1, {}, offset});
         return;
     }
     d.minorVersion = load<std::uint16_t>(d.base + d.begin + 6);
@@ -289,9 +294,10 @@ ioReadContext::ioReadContext(const void* data, std::size_t size) : impl_(std::ma
     d.end = data == nullptr ? 0 : size;
     d.sizeKnown = true;
     d.size = d.end;
-    std::string problem = headerProblem(d.base, d.end);
+    std::uint64_t offset = 0;
+    std::string problem = headerProblem(d.base, d.end, offset);
     if (!problem.empty()) {
-        fail(ioError{std::move(problem), -1, {}, 0});
+        fail(ioError{std::move(problem), -1, {}, offset});
         return;
     }
     d.minorVersion = load<std::uint16_t>(d.base + 6);

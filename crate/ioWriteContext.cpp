@@ -46,6 +46,9 @@ struct OpenLevel {
 } // namespace
 
 struct ioWriteContext::Impl {
+    // The payload buffer is never null, so that copying an empty packet's values is defined.
+    Impl() { payload.reserve(4096); }
+
     std::FILE* file = nullptr;
     bool toFile = false;
     bool closed = false;
