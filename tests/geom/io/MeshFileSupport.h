@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -18,6 +19,7 @@
 #include "geom/mesh/CompactMesh.h"
 #include "geom/mesh/MeshAttributes.h"
 #include "tests/support/MeshBuilders.h"
+#include "tests/support/MeshShapes.h"
 
 namespace koGeomTest {
 
@@ -31,7 +33,15 @@ inline Bytes packetBytes(const std::function<void(ioWriteContext&)>& write) {
     return context.buffer();
 }
 
-/// The file of `mesh` alone; the attribute lines of the writer are swallowed.
+/// A new mesh with every array (see `fillEveryArray`).
+inline ko::Reference<koGeom::CompactMesh> everyArrayMesh(int vertices, int triangles,
+                                                         unsigned seed) {
+    ko::Reference<koGeom::CompactMesh> mesh(new koGeom::CompactMesh);
+    fillEveryArray(*mesh, vertices, triangles, seed);
+    return mesh;
+}
+
+/// The file of `mesh` alone; the writer's attribute lines are swallowed.
 inline Bytes meshBytes(const koGeom::CompactMesh& mesh, double scale = 1.0,
                        bool writeReferences = true) {
     testing::internal::CaptureStderr();
@@ -49,8 +59,7 @@ struct MeshRead {
     std::vector<std::string> invalid;        // the reasons of the invalid packets
 };
 
-/// Reads `bytes`; the attribute lines the reader writes to the standard error stream are
-/// swallowed unless `quiet` is false.
+/// Reads `bytes`; the reader's attribute lines are swallowed unless `quiet` is false.
 inline MeshRead readMeshes(const Bytes& bytes, bool ignoreMesh = false, bool quiet = true) {
     if (quiet) {
         testing::internal::CaptureStderr();
@@ -78,44 +87,44 @@ bool sameBits(const T* a, const T* b, int count) {
 }
 
 /// Every channel, primitive array and sequence of `read` equals `written` bit for bit, and
-/// so do the hints a file carries.
+/// so do the draw flags, flat shading and the UV range (as floats).
 inline void expectSameMesh(const koGeom::CompactMesh& written, const koGeom::CompactMesh& read) {
     ASSERT_EQ(channelNames(read), channelNames(written));
-    ASSERT_EQ(read.getNumVertices(), written.getNumVertices());
     for (int i = 0; i < written.getNumAttributes(); ++i) {
         const koGeom::MeshAttributes& a = *written.getAttributes(i);
         const koGeom::MeshAttributes& b = *read.getAttributes(i);
-        EXPECT_EQ(b.getDimension(), a.getDimension());
-        EXPECT_TRUE(sameBits(a.asFloat(), b.asFloat(), a.getNumElements() * a.getDimension()))
+        EXPECT_TRUE(b.getDimension() == a.getDimension() &&
+                    b.getNumElements() == a.getNumElements() &&
+                    sameBits(a.asFloat(), b.asFloat(), a.getNumElements() * a.getDimension()))
             << a.getName().view();
     }
-    ASSERT_EQ(read.getNumTriangles(), written.getNumTriangles());
-    EXPECT_TRUE(
-        sameBits(written.getTrianglesRaw(), read.getTrianglesRaw(), 3 * written.getNumTriangles()));
-    EXPECT_EQ(read.getTriangleNormals() != nullptr, written.getTriangleNormals() != nullptr);
-    EXPECT_TRUE(sameBits(written.getTriangleNormalsRaw(), read.getTriangleNormalsRaw(),
-                         3 * written.getNumTriangles()));
-    const koGeom::MeshSequence* a[4] = {&written.getTriStrips(), &written.getTriFans(),
-                                        &written.getLineStrips(), &written.getPolys()};
-    const koGeom::MeshSequence* b[4] = {&read.getTriStrips(), &read.getTriFans(),
-                                        &read.getLineStrips(), &read.getPolys()};
+    const int triangles = written.getNumTriangles();
+    EXPECT_TRUE(read.getNumTriangles() == triangles &&
+                sameBits(written.getTrianglesRaw(), read.getTrianglesRaw(), 3 * triangles) &&
+                sameBits(written.getTriangleNormalsRaw(), read.getTriangleNormalsRaw(),
+                         written.getTriangleNormals() ? 3 * triangles : 0) &&
+                !read.getTriangleNormals() == !written.getTriangleNormals());
+    const auto sequences = [](const koGeom::CompactMesh& mesh) {
+        return std::array{&mesh.getTriStrips(), &mesh.getTriFans(), &mesh.getLineStrips(),
+                          &mesh.getPolys()};
+    };
     for (int kind = 0; kind < 4; ++kind) {
-        SCOPED_TRACE(kind);
-        EXPECT_EQ(b[kind]->points().count(), a[kind]->points().count());
-        EXPECT_EQ(b[kind]->lengths().count(), a[kind]->lengths().count());
-        EXPECT_TRUE(sameBits(a[kind]->points().elements(), b[kind]->points().elements(),
-                             a[kind]->points().count()));
-        EXPECT_TRUE(sameBits(a[kind]->lengths().elements(), b[kind]->lengths().elements(),
-                             a[kind]->lengths().count()));
+        const koGeom::MeshSequence& a = *sequences(written)[kind];
+        const koGeom::MeshSequence& b = *sequences(read)[kind];
+        EXPECT_TRUE(a.points().count() == b.points().count() &&
+                    a.lengths().count() == b.lengths().count() &&
+                    sameBits(a.points().elements(), b.points().elements(), a.points().count()) &&
+                    sameBits(a.lengths().elements(), b.lengths().elements(), a.lengths().count()))
+            << "sequence kind " << kind;
     }
+    EXPECT_TRUE(read.getDrawFlags() == written.getDrawFlags() &&
+                read.getFlatShaded() == written.getFlatShaded());
     const koLinear::Range2d uvs = written.getUVRange();
     const koLinear::Range2d readUVs = read.getUVRange();
     EXPECT_TRUE(readUVs.min.x == static_cast<float>(uvs.min.x) &&
                 readUVs.min.y == static_cast<float>(uvs.min.y) &&
                 readUVs.max.x == static_cast<float>(uvs.max.x) &&
                 readUVs.max.y == static_cast<float>(uvs.max.y));
-    EXPECT_EQ(read.getDrawFlags(), written.getDrawFlags());
-    EXPECT_EQ(read.getFlatShaded(), written.getFlatShaded());
 }
 
 } // namespace koGeomTest
