@@ -11,7 +11,7 @@ BENCH_PACKAGES := libbenchmark-dev libpcl-dev libglm-dev libnanoflann-dev libcga
 # The second compiler, with its sanitizer runtimes, for `make asan-clang`.
 CLANG_PACKAGES := clang libclang-rt-dev
 
-.PHONY: all test asan asan-clang bench build deps format clean
+.PHONY: all test asan asan-clang bench fuzz build deps format clean
 
 all: test
 
@@ -39,6 +39,14 @@ bench:
 	cmake --preset release $(CMAKE_ARGS)
 	cmake --build --preset release -j $(JOBS)
 	bench/run-all.sh build/release/bench
+
+# Every fuzz target for FUZZ_SECONDS each over its seed corpus (written by the build).
+FUZZ_SECONDS ?= 60
+fuzz:
+	@cmake/install-packages.sh $(BUILD_PACKAGES) $(CLANG_PACKAGES)
+	cmake --preset fuzz $(CMAKE_ARGS)
+	cmake --build --preset fuzz -j $(JOBS)
+	fuzz/run-all.sh build/fuzz/fuzz $(FUZZ_SECONDS)
 
 format:
 	git ls-files '*.h' '*.cpp' '*.inl' | xargs clang-format -i

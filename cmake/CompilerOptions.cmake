@@ -14,6 +14,15 @@ if(FORMWORK_SANITIZE)
     target_link_options(formwork_options INTERFACE ${_formwork_sanitize_flags})
 endif()
 
+# Fuzzing instruments every target for coverage and runs it under both sanitizers; only the
+# fuzz targets themselves link libFuzzer's main.
+if(FORMWORK_BUILD_FUZZ)
+    set(_formwork_fuzz_flags -fsanitize=fuzzer-no-link,address,undefined
+        -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(formwork_options INTERFACE ${_formwork_fuzz_flags})
+    target_link_options(formwork_options INTERFACE -fsanitize=address,undefined)
+endif()
+
 # Attach the project's options to a target without exporting them to consumers.
 function(formwork_use_options target)
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:formwork_options>)

@@ -65,31 +65,38 @@ struct Level {
     const std::uint8_t* chunkEnd;
 };
 
-/// What the reader knows of one reference number.
+constexpr std::uint32_t noFixup = UINT32_MAX;
+
+/// What the reader knows of one reference number (16 bytes: a file may name millions).
 struct ReferenceInfo {
     int kind = -1;
-    bool named = false;              // a pointer read named it
-    std::int64_t pendingHead = -1;   // newest fix-up waiting for its definition
-    ioPacketType* definer = nullptr; // the type whose packet defined it
+    std::uint32_t pendingHead = noFixup; // newest fix-up waiting for the definition
+    std::uint32_t definer = 0;           // 1 + the type slot of the defining packet, 0: none
+    bool named = false;                  // a pointer read named it
 };
 
-enum class FixupState : std::uint8_t { pending, patched, dropped };
+enum class FixupState : std::uint8_t { pending, patched, dropped, free };
 
-/// A pointer slot waiting for its reference to be defined; the fix-ups of one reference form
-/// a list through `next`, newest first.
+/// A pointer slot waiting for its reference to be defined (24 bytes). The fix-ups of one
+/// reference form a list through `next`, newest first; spent ones are reused through a
+/// free list, so the table holds about as many as wait at one time.
 struct Fixup {
     void** slot;
-    ioPacketType* reader;
-    std::int64_t next;
+    std::uint32_t next;
     int reference;
     int kind;
-    FixupState state;
+    std::uint32_t reader : 29; // 1 + the type slot of the packet that read the pointer
+    std::uint32_t fresh : 1;   // made by the current packet
+    std::uint32_t state : 2;
+
+    FixupState getState() const noexcept { return static_cast<FixupState>(state); }
+    void setState(FixupState s) noexcept { state = static_cast<std::uint32_t>(s) & 3u; }
 };
 
 /// A definition made by the current packet, undone when the packet is marked invalid.
 struct DefinitionLog {
     int reference;
-    std::int64_t oldHead;
+    std::uint32_t oldHead;
 };
 
 } // namespace
@@ -124,7 +131,9 @@ struct ioReadContext::Impl {
     std::vector<ReferenceInfo> references{ReferenceInfo{}};
     int maxReference = 0;
     std::vector<Fixup> fixups;
-    std::size_t packetFixupStart = 0;
+    std::uint32_t freeFixups = noFixup;
+    std::vector<std::uint32_t> fixupsMade;    // by the current packet
+    std::vector<std::uint32_t> fixupsPatched; // by the current packet's definitions
     std::vector<DefinitionLog> packetDefinitions;
 
     std::uint64_t skipped = 0;
@@ -438,6 +447,10 @@ bool ioReadContext::Impl::parsePacket() {
 
     // Proven by its checksum: now what the prefix says may take effect.
     if (typeId == 0) {
+        if (types.size() >= (std::size_t{1} << 29) - 2) {
+            fault(packetStart, "more than 536870910 packet types");
+            return false;
+        }
         types.push_back(
             TypeSlot{std::string(reinterpret_cast<const char*>(packetStart + nameAt), nameLength)});
         typeSlot = types.size() - 1;
@@ -452,7 +465,6 @@ bool ioReadContext::Impl::parsePacket() {
     objectReference = static_cast<int>(reference);
     payloadLength = length;
     begin += total;
-    packetFixupStart = fixups.size();
 
     const std::uint8_t* payload = packetStart + prefixLength;
     levels.push_back(Level{payload + length, payload});
@@ -835,6 +847,16 @@ bool ioReadContext::Impl::finishPacket() {
     const bool wasOpen = inPacket;
     inPacket = false;
     packetDefinitions.clear();
+    for (const std::uint32_t i : fixupsMade) {
+        fixups[i].fresh = 0;
+    }
+    fixupsMade.clear();
+    for (const std::uint32_t i : fixupsPatched) { // spent: free for the next forward pointer
+        fixups[i].setState(FixupState::free);
+        fixups[i].next = freeFixups;
+        freeFixups = i;
+    }
+    fixupsPatched.clear();
     if (!wasOpen || !self->ok()) {
         levels.clear();
         return true;
@@ -906,10 +928,23 @@ bool ioReadContext::readPointer(void** slot, int kind) {
     }
     if (slot != nullptr) {
         // Patched when a packet defines the reference (or dropped with an invalid packet).
+        std::uint32_t index = d.freeFixups;
+        if (index != noFixup) {
+            d.freeFixups = d.fixups[index].next;
+        } else if (d.fixups.size() < noFixup) {
+            index = static_cast<std::uint32_t>(d.fixups.size());
+            d.fixups.emplace_back();
+        } else {
+            d.fault(d.pos, "more than 4294967294 pointers wait for their objects");
+            return false;
+        }
         ReferenceInfo& info = d.references[r];
-        d.fixups.push_back(Fixup{slot, d.currentType, info.pendingHead, static_cast<int>(r), kind,
-                                 FixupState::pending});
-        info.pendingHead = static_cast<std::int64_t>(d.fixups.size()) - 1;
+        const std::uint32_t reader =
+            d.currentType != nullptr ? static_cast<std::uint32_t>(d.typeSlot) + 1 : 0;
+        d.fixups[index] = Fixup{slot, info.pendingHead, static_cast<int>(r), kind, reader, 1, 0};
+        d.fixups[index].setState(FixupState::pending);
+        info.pendingHead = index;
+        d.fixupsMade.push_back(index);
     }
     return true;
 }
@@ -939,28 +974,33 @@ void ioReadContext::defineReference(int reference, void* object, int kind) {
         return;
     }
     ReferenceInfo& info = d.references[r];
-    for (std::int64_t i = info.pendingHead; i >= 0;
-         i = d.fixups[static_cast<std::size_t>(i)].next) {
-        const Fixup& fixup = d.fixups[static_cast<std::size_t>(i)];
-        if (fixup.state == FixupState::pending && fixup.kind != kind) {
+    const std::size_t patchedBefore = d.fixupsPatched.size();
+    for (std::uint32_t i = info.pendingHead; i != noFixup; i = d.fixups[i].next) {
+        Fixup& fixup = d.fixups[i];
+        if (fixup.getState() != FixupState::pending) {
+            continue;
+        }
+        if (fixup.kind != kind) {
+            // Leave no slot holding an object of another kind than it asked for.
+            for (std::size_t k = patchedBefore; k < d.fixupsPatched.size(); ++k) {
+                Fixup& patched = d.fixups[d.fixupsPatched[k]];
+                *patched.slot = nullptr;
+                patched.setState(FixupState::pending);
+            }
+            d.fixupsPatched.resize(patchedBefore);
             problem("defines reference " + std::to_string(reference) + " as an object of kind " +
                     std::to_string(kind) + ", which a pointer read as kind " +
                     std::to_string(fixup.kind));
             return;
         }
-    }
-    for (std::int64_t i = info.pendingHead; i >= 0;
-         i = d.fixups[static_cast<std::size_t>(i)].next) {
-        Fixup& fixup = d.fixups[static_cast<std::size_t>(i)];
-        if (fixup.state == FixupState::pending) {
-            *fixup.slot = object;
-            fixup.state = FixupState::patched;
-        }
+        *fixup.slot = object;
+        fixup.setState(FixupState::patched);
+        d.fixupsPatched.push_back(i);
     }
     d.packetDefinitions.push_back(DefinitionLog{reference, info.pendingHead});
-    info.pendingHead = -1;
+    info.pendingHead = noFixup;
     info.kind = kind;
-    info.definer = d.currentType;
+    info.definer = d.currentType != nullptr ? static_cast<std::uint32_t>(d.typeSlot) + 1 : 0;
     definitions_[r] = object;
 }
 
@@ -978,24 +1018,39 @@ void ioReadContext::Impl::rollBackPacket() {
     // wait again, and the slots of this packet's own (discarded) objects are never touched.
     for (auto log = packetDefinitions.rbegin(); log != packetDefinitions.rend(); ++log) {
         const std::size_t r = static_cast<std::size_t>(log->reference);
-        for (std::int64_t i = log->oldHead; i >= 0; i = fixups[static_cast<std::size_t>(i)].next) {
-            Fixup& fixup = fixups[static_cast<std::size_t>(i)];
-            if (fixup.state == FixupState::patched) {
-                if (static_cast<std::size_t>(i) < packetFixupStart) {
+        for (std::uint32_t i = log->oldHead; i != noFixup; i = fixups[i].next) {
+            Fixup& fixup = fixups[i];
+            if (fixup.getState() == FixupState::patched) {
+                if (fixup.fresh == 0) {
                     *fixup.slot = nullptr;
                 }
-                fixup.state = FixupState::pending;
+                fixup.setState(FixupState::pending);
             }
         }
         references[r].pendingHead = log->oldHead;
         references[r].kind = -1;
-        references[r].definer = nullptr;
+        references[r].definer = 0;
         self->definitions_[r] = nullptr;
     }
     packetDefinitions.clear();
-    for (std::size_t i = packetFixupStart; i < fixups.size(); ++i) {
-        fixups[i].state = FixupState::dropped;
+    fixupsPatched.clear();
+    // The packet's own fix-ups are the newest of their lists: unlink them, then free them.
+    for (const std::uint32_t i : fixupsMade) {
+        fixups[i].setState(FixupState::dropped);
     }
+    for (const std::uint32_t i : fixupsMade) {
+        std::uint32_t& head = references[static_cast<std::size_t>(fixups[i].reference)].pendingHead;
+        while (head != noFixup && fixups[head].getState() == FixupState::dropped) {
+            head = fixups[head].next;
+        }
+    }
+    for (const std::uint32_t i : fixupsMade) {
+        fixups[i].setState(FixupState::free);
+        fixups[i].fresh = 0;
+        fixups[i].next = freeFixups;
+        freeFixups = i;
+    }
+    fixupsMade.clear();
 }
 
 bool ioReadContext::onPacketInvalid() {
@@ -1046,13 +1101,15 @@ bool ioReadContext::readAll(ioPacketRegistry& registry, ioClientReadContext* cli
     if (ok()) {
         for (std::size_t r = 1; r < d.references.size(); ++r) {
             const ReferenceInfo& info = d.references[r];
-            if (definitions_[r] != nullptr && !info.named && info.definer != nullptr) {
-                info.definer->memoryNotReferenced(*this, static_cast<int>(r), definitions_[r]);
+            ioPacketType* definer = info.definer != 0 ? d.types[info.definer - 1].type : nullptr;
+            if (definitions_[r] != nullptr && !info.named && definer != nullptr) {
+                definer->memoryNotReferenced(*this, static_cast<int>(r), definitions_[r]);
             }
         }
         for (const Fixup& fixup : d.fixups) {
-            if (fixup.state == FixupState::pending && fixup.reader != nullptr) {
-                fixup.reader->hasUnresolvedPointer(*this, fixup.reference);
+            ioPacketType* reader = fixup.reader != 0 ? d.types[fixup.reader - 1].type : nullptr;
+            if (fixup.getState() == FixupState::pending && reader != nullptr) {
+                reader->hasUnresolvedPointer(*this, fixup.reference);
             }
         }
     }

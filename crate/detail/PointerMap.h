@@ -3,6 +3,12 @@
 // An open-addressing hash map from object address to reference number, for the writer: one
 // probe sequence in one array, no heap allocation per entry (a packet file of a half-edge mesh
 // names millions of records).
+//
+// Objects that a packet names are usually near each other in memory (a record and its
+// neighbours), so the map first places addresses by a hash that keeps nearby addresses in
+// nearby slots: most look-ups then hit a cache line already loaded. Should the addresses be
+// laid out so that this clusters (a probe sequence grows long), the map switches for good to a
+// hash that scatters every address, and re-places its entries.
 
 #include <cstddef>
 #include <cstdint>
@@ -30,14 +36,12 @@ public:
     /// Adds `key` (non-null, not present) with `value` (non-zero).
     void insert(const void* key, int value) {
         if ((size_ + 1) * 4 > capacity_ * 3) {
-            grow();
+            rebuild(capacity_ == 0 ? 64 : capacity_ * 2);
         }
-        std::size_t i = slotOf(key);
-        while (slots_[i].key != nullptr) {
-            i = (i + 1) & mask_;
+        if (place(key, value) > maxProbes && !scatter_) {
+            scatter_ = true;
+            rebuild(capacity_);
         }
-        slots_[i] = {key, value};
-        ++size_;
     }
 
     /// Removes `key` when present, shifting back the entries that probed past it.
@@ -73,17 +77,36 @@ private:
         int value = 0;
     };
 
+    /// A probe sequence longer than this means the addresses cluster under the near hash.
+    static constexpr std::size_t maxProbes = 64;
+
     std::size_t slotOf(const void* key) const noexcept {
-        // Addresses are aligned and clustered: mix all bits before taking the low ones.
-        std::uint64_t h = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(key));
-        h ^= h >> 33;
-        h *= 0xff51afd7ed558ccdULL;
-        h ^= h >> 33;
+        std::uint64_t h = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(key)) >> 3;
+        if (scatter_) {
+            h ^= h >> 33;
+            h *= 0xff51afd7ed558ccdULL;
+            h ^= h >> 33;
+        } else {
+            // Near addresses to near slots; the high bits folded in break up regular strides.
+            h ^= (h >> 17) ^ (h >> 34);
+        }
         return static_cast<std::size_t>(h) & mask_;
     }
 
-    void grow() {
-        const std::size_t newCapacity = capacity_ == 0 ? 64 : capacity_ * 2;
+    /// Puts an entry in its slot; returns the length of the probe sequence.
+    std::size_t place(const void* key, int value) noexcept {
+        std::size_t i = slotOf(key);
+        std::size_t probes = 0;
+        while (slots_[i].key != nullptr) {
+            i = (i + 1) & mask_;
+            ++probes;
+        }
+        slots_[i] = {key, value};
+        ++size_;
+        return probes;
+    }
+
+    void rebuild(std::size_t newCapacity) {
         std::unique_ptr<Slot[]> old = std::move(slots_);
         const std::size_t oldCapacity = capacity_;
         slots_ = std::make_unique<Slot[]>(newCapacity);
@@ -92,7 +115,7 @@ private:
         size_ = 0;
         for (std::size_t k = 0; k < oldCapacity; ++k) {
             if (old[k].key != nullptr) {
-                insert(old[k].key, old[k].value);
+                place(old[k].key, old[k].value);
             }
         }
     }
@@ -101,6 +124,7 @@ private:
     std::size_t capacity_ = 0;
     std::size_t mask_ = 0;
     std::size_t size_ = 0;
+    bool scatter_ = false;
 };
 
 } // namespace crateWire
