@@ -27,7 +27,8 @@ std::string listing(const Bytes& bytes, std::vector<int>& references) {
         std::string key(context.getPacketTypeName().substr(std::string("ko.tz.mesh").size()));
         if (key.empty()) {
             references.push_back(context.getPacketReference());
-            text += (last.empty() ? "" : "\n") + (last = "header");
+            text += last.empty() ? "header" : "\nheader";
+            last = "header";
             continue;
         }
         key.erase(0, 1);
@@ -40,10 +41,13 @@ std::string listing(const Bytes& bytes, std::vector<int>& references) {
             key += std::to_string(context.readInt());
         }
         if (key != last) {
-            text += "\n" + (last = key);
+            text += "\n" + key;
+            last = key;
         }
-        text += " " + std::to_string(context.readInt()) + "+";
-        text += std::to_string(context.readInt()) + ":" + std::to_string(context.peekArrayCount());
+        const int start = context.readInt();
+        const int count = context.readInt();
+        text += " " + std::to_string(start) + "+" + std::to_string(count) + ":" +
+                std::to_string(context.peekArrayCount());
     }
     EXPECT_TRUE(context.ok()) << context.error().toString();
     return text + "\n";
