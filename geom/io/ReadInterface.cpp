@@ -1,6 +1,7 @@
 #include "geom/io/ReadInterface.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -260,6 +261,14 @@ void ReadInterface::readMesh() {
     headerAccepted_ = false;
     MeshHeader header;
     if (!readHeader(context, header)) {
+        return;
+    }
+    // The widest channel holds four floats per vertex, counted in 32 bits either way.
+    constexpr int maxVertices = INT_MAX / 4;
+    if (header.vertices > maxVertices || header.vertices < -maxVertices) {
+        context.invalidPacket(
+            koString::CString::format("mesh header: vertex count %d out of range", header.vertices)
+                .view());
         return;
     }
     const std::uint64_t bytes = header.dataBytes();

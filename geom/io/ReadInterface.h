@@ -55,7 +55,8 @@ struct MeshArraySlot;
 /// - an attribute of a size outside 1 to 4, of another size than the mesh's attribute of that
 ///   name, or of a name the mesh cannot create (no vertices, or a standard name with another
 ///   size than its own);
-/// - a header whose UV range is not four floats;
+/// - a header whose UV range is not four floats, or whose vertex count is beyond ±(2^31 − 1) / 4
+///   (a channel of four floats per vertex could not count its values in 32 bits);
 /// - a header or attribute packet whose arrays the file cannot hold. Counts are trusted only up
 ///   to what the bytes of the file could fill: the arrays of one mesh, attributes included,
 ///   never hold more data bytes than the file has from its header to its end, and the meshes
