@@ -11,8 +11,10 @@
 #include "tessar/linear/AffineMatrix.h"
 #include "tessar/linear/Range2d.h"
 #include "tessar/linear/Tuple2.h"
+#include "tessar/rtb/SignalClient.h"
 #include "tessar/string/CString.h"
 
+#include "geom/entity/Entity.h"
 #include "geom/io/PacketValues.h"
 #include "geom/io/detail/ArrayIo.h"
 #include "geom/io/detail/MeshPacketNames.h"
@@ -28,14 +30,24 @@ namespace koGeom::packetFile {
 
 namespace detail {
 
-// What the copies of one reader share.
-struct MeshReadState {
-    // The meshes created and not taken with `getLastMesh(true)`.
+// What the copies of one reader share: the meshes they own, and the data bytes the meshes of
+// this read have claimed so far. A mesh that someone else ends (by dropping the last reference
+// they took to it) leaves the list as it goes.
+struct MeshReadState : koRTB::SignalClient {
     std::vector<CompactMesh*> owned;
-    // Data bytes the meshes of this read have claimed so far.
     std::uint64_t claimed = 0;
 
+    // Takes `fresh` over; on failure it stays with the caller.
+    CompactMesh* adopt(std::unique_ptr<CompactMesh> fresh) {
+        CompactMesh* mesh = fresh.get();
+        mesh->deletedSignal.connect(*this,
+                                    [this, mesh](const Entity*) { std::erase(owned, mesh); });
+        owned.push_back(mesh);
+        return fresh.release();
+    }
+
     ~MeshReadState() {
+        disconnectAll();
         for (CompactMesh* mesh : owned) {
             // A mesh that someone holds by reference is theirs to end.
             if (mesh->refs() == 0) {
@@ -238,9 +250,29 @@ void readIntoSlot(ioReadContext& context, const MeshArraySlot<T>& slot, int star
 ReadInterface::ReadInterface(ioReadContext& context)
     : ioClientReadContext(context), shared_(std::make_shared<detail::MeshReadState>()) {}
 
-ReadInterface::ReadInterface(const ReadInterface& other) = default;
+ReadInterface::ReadInterface(const ReadInterface& other)
+    : ioClientReadContext(other),
+      lastMesh_(other.lastMesh_),
+      ignoreMesh_(other.ignoreMesh_),
+      headerAccepted_(other.headerAccepted_),
+      meshBudget_(other.meshBudget_),
+      shared_(other.shared_) {
+    watchLastMesh();
+}
 
-ReadInterface::~ReadInterface() = default;
+ReadInterface::~ReadInterface() { lastMeshWatch_.disconnectAll(); }
+
+void ReadInterface::watchLastMesh() {
+    lastMeshWatch_.disconnectAll();
+    if (lastMesh_ != nullptr) {
+        // Whoever ends the mesh (taken by reference and dropped) ends what the reader knows of
+        // it: its data packets then go nowhere.
+        lastMesh_->deletedSignal.connect(lastMeshWatch_, [this](const Entity*) {
+            lastMesh_ = nullptr;
+            headerAccepted_ = false;
+        });
+    }
+}
 
 CompactMesh* ReadInterface::getLastMesh(bool release) {
     CompactMesh* mesh = lastMesh_;
@@ -248,6 +280,7 @@ CompactMesh* ReadInterface::getLastMesh(bool release) {
         std::erase(shared_->owned, mesh);
         lastMesh_ = nullptr;
         headerAccepted_ = false;
+        watchLastMesh();
     }
     return mesh;
 }
@@ -283,12 +316,11 @@ void ReadInterface::readMesh() {
         return;
     }
 
-    auto fresh = std::make_unique<CompactMesh>();
-    shared_->owned.push_back(fresh.get());
-    CompactMesh* mesh = fresh.release();
     // The previous last mesh stays: whoever took it owns it, and one nobody took goes with
     // the reader.
+    CompactMesh* mesh = shared_->adopt(std::make_unique<CompactMesh>());
     lastMesh_ = mesh;
+    watchLastMesh();
     shared_->claimed += bytes;
     meshBudget_ = room - bytes;
 

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "tessar/rtb/SignalClient.h"
+
 #include "crate/ioClientReadContext.h"
 #include "crate/ioReadContext.h"
 
@@ -38,7 +40,9 @@ struct MeshArraySlot;
 /// belongs to the reader (and its copies, which share them): when the last of them is
 /// destroyed, each such mesh is deleted unless a `ko::Reference` holds it then, in which case
 /// the last reference deletes it. So `getLastMesh(false)` lends a mesh for as long as the
-/// reader lives, and nothing the reader made leaks.
+/// reader lives, and nothing the reader made leaks. A lent mesh that its borrower ends anyway
+/// (a reference taken and dropped while the reader lives) is forgotten by the reader: it is
+/// no longer the last mesh, and the data packets that follow go nowhere.
 ///
 /// Checked input: every well-formed file reads exactly as written, and nothing in a damaged or
 /// hostile one makes the reader write outside an array or allocate without bound. A data
@@ -142,6 +146,8 @@ public:
 private:
     // The mesh that data packets fill now, or null (after marking the packet invalid).
     CompactMesh* dataMesh();
+    // Follows the last mesh, so that the reader forgets it when someone else ends it.
+    void watchLastMesh();
     // Reads a data packet into the array `find` picks on the data mesh.
     template <class T>
     void readBlock(detail::MeshArraySlot<T> (*find)(CompactMesh&), const char* what);
@@ -154,6 +160,7 @@ private:
     std::uint64_t meshBudget_ = 0;
     // What the copies of a reader share: the meshes they own, the bytes claimed in the file.
     std::shared_ptr<detail::MeshReadState> shared_;
+    koRTB::SignalClient lastMeshWatch_;
 };
 
 } // namespace packetFile

@@ -155,7 +155,6 @@ TEST(PacketFile, MeshesNobodyTookGoWithTheLastReaderUnlessReferenced) {
     });
     const int before = numberOfActiveEntities();
     ko::Reference<CompactMesh> held;
-    ko::Reference<CompactMesh> taken;
     {
         ioReadContext context(bytes.data(), bytes.size());
         std::optional<ReadInterface> copy;
@@ -164,20 +163,19 @@ TEST(PacketFile, MeshesNobodyTookGoWithTheLastReaderUnlessReferenced) {
             ioPacketRegistry registry;
             registerTypes(&registry, &reader);
             ASSERT_TRUE(reader.read(registry));
-            taken = reader.getLastMesh(true);
-            EXPECT_EQ(reader.getLastMesh(false), nullptr);
             held = static_cast<CompactMesh*>(context.getReferenceDefinition(1)); // the first
+            // The third, lent and ended by its borrower, is forgotten by the reader.
+            ko::Reference<CompactMesh>(reader.getLastMesh(false)).reset();
+            EXPECT_EQ(reader.getLastMesh(false), nullptr);
             copy.emplace(reader);
         }
         // The second mesh, which nobody took or holds, lives while a copy of its reader does.
-        EXPECT_EQ(numberOfActiveEntities(), before + 3);
+        EXPECT_EQ(numberOfActiveEntities(), before + 2);
     }
     testing::internal::GetCapturedStderr();
-    EXPECT_EQ(numberOfActiveEntities(), before + 2);
+    EXPECT_EQ(numberOfActiveEntities(), before + 1);
     koGeomTest::expectSameMesh(*sources[0], *held);
-    koGeomTest::expectSameMesh(*sources[2], *taken);
     held.reset();
-    taken.reset();
     EXPECT_EQ(numberOfActiveEntities(), before);
 }
 
