@@ -50,10 +50,11 @@
 /// `Normal` is read as stored, not normalised again.
 ///
 /// A reader returns true when it read the whole value. It returns false, leaving the value
-/// unchanged, when the next value is not the expected sub-packet, holds an array of another
-/// length than its kind's, or the context has failed; the rest of the sub-packet is then
-/// skipped, so the enclosing packet can be read on. Only a value of another kind where the
-/// sub-packet or string is due is an error of the context.
+/// unchanged, when the chunk has no value left, when the sub-packet holds an array of another
+/// length than the value's, or when the context has failed; the rest of the sub-packet is
+/// then skipped, so the enclosing packet can be read on. A value of another kind than the
+/// encoding has at its place (an integer where the sub-packet or the array is due) is an
+/// error of the context, which stops the read.
 
 namespace koLinear {
 
