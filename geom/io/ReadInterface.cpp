@@ -365,26 +365,26 @@ void ReadInterface::readMesh() {
     headerAccepted_ = true;
 }
 
-CompactMesh* ReadInterface::dataMesh() {
+CompactMesh* ReadInterface::openDataPacket() {
+    if (ignoreMesh_) {
+        return nullptr;
+    }
     if (!headerAccepted_ || lastMesh_ == nullptr) {
         getContext().invalidPacket("no mesh header before this data packet");
         return nullptr;
     }
+    // The pointer field names the mesh, but the data go to the last one created.
+    getContext().readReferenceId();
     return lastMesh_;
 }
 
 template <class T>
 void ReadInterface::readBlock(MeshArraySlot<T> (*find)(CompactMesh&), const char* what) {
-    if (ignoreMesh_) {
-        return;
-    }
-    CompactMesh* mesh = dataMesh();
+    CompactMesh* mesh = openDataPacket();
     if (mesh == nullptr) {
         return;
     }
     ioReadContext& context = getContext();
-    // The pointer field names the mesh, but the data go to the last one created.
-    context.readReferenceId();
     const int start = context.readInt();
     const int count = context.readInt();
     if (!context.ok()) {
@@ -405,15 +405,11 @@ void ReadInterface::readMeshTriangles() { readBlock(trianglesSlot, "triangles");
 void ReadInterface::readMeshTriNormals() { readBlock(triNormalsSlot, "triangle normals"); }
 
 void ReadInterface::readMeshSeqArray() {
-    if (ignoreMesh_) {
-        return;
-    }
-    CompactMesh* mesh = dataMesh();
+    CompactMesh* mesh = openDataPacket();
     if (mesh == nullptr) {
         return;
     }
     ioReadContext& context = getContext();
-    context.readReferenceId();
     const int kind = context.readInt();
     const int arrayKind = context.readInt();
     const int start = context.readInt();
@@ -438,15 +434,11 @@ void ReadInterface::readMeshSeqArray() {
 }
 
 void ReadInterface::readMeshAttributes() {
-    if (ignoreMesh_) {
-        return;
-    }
-    CompactMesh* mesh = dataMesh();
+    CompactMesh* mesh = openDataPacket();
     if (mesh == nullptr) {
         return;
     }
     ioReadContext& context = getContext();
-    context.readReferenceId();
     const std::string name = context.readString();
     const int size = context.readInt();
     const int start = context.readInt();

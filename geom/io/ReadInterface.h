@@ -144,8 +144,9 @@ public:
     /// @}
 
 private:
-    // The mesh that data packets fill now, or null (after marking the packet invalid).
-    CompactMesh* dataMesh();
+    // Starts a data packet: reads its mesh pointer field and returns the mesh its data go to;
+    // null when mesh packets are ignored, or after marking the packet invalid.
+    CompactMesh* openDataPacket();
     // Follows the last mesh, so that the reader forgets it when someone else ends it.
     void watchLastMesh();
     // Reads a data packet into the array `find` picks on the data mesh.
