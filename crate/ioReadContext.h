@@ -27,6 +27,19 @@ class ioPacketRegistry;
 /// another kind than asked for, an array larger than the caller's room) is an error that
 /// names the packet, its type and the byte offset; from then on every read returns a zero
 /// value and `readAll` stops.
+///
+/// Whatever a reader skips (an unknown packet, unread values, chunks it does not ask for) is
+/// still walked for the references its pointers name, so that the numbering stays in step;
+/// a value malformed there is an error too.
+///
+/// A packet marked invalid (`invalidPacket`, or `readPacket` returning false) is skipped: the
+/// pointer fix-ups it recorded are dropped and the definitions it made are undone, so no slot
+/// of a discarded object is patched and no later pointer resolves to it.
+///
+/// Cost: a file is read through a 1 MiB window (larger only for a larger packet, whose length
+/// the file's size has proven); values are read in place, arrays with one copy each. Each type
+/// id is looked up by name once per `readAll`. A reference costs 16 bytes; a pointer waiting
+/// for its object 24, reused once it is patched.
 class CRATE_EXPORT ioReadContext : public ioContext {
 public:
     /// Reads the file at `path`; an error when it cannot be opened or is not a packet file.
@@ -37,10 +50,13 @@ public:
 
     /// \name The whole read
     /// @{
-    /// Reads every packet through `registry`, calling `client`'s `prePacketRead` and
-    /// `postPacketRead` around each packet of a known type. At the end (also after an error)
-    /// it reports unresolved pointers and unreferenced objects (only when no error occurred)
-    /// and calls `readFinished` of every type that read a packet. Returns `ok()`.
+    /// Reads every packet left through `registry`, calling `client`'s `prePacketRead` and
+    /// `postPacketRead` around each packet of a known type. At the end, when no error
+    /// occurred, it tells each defining type of its objects that no pointer named
+    /// (`memoryNotReferenced`, in reference order), then each reading type of its pointers
+    /// left unresolved (`hasUnresolvedPointer`); then, also after an error, it calls
+    /// `readFinished` of every type that read a packet, in registration order. The registry
+    /// must not change during the read. Returns `ok()`.
     bool readAll(ioPacketRegistry& registry, ioClientReadContext* client = nullptr);
     /// Number of packets skipped because no type was registered for their name.
     std::uint64_t skippedPacketCount() const noexcept;
@@ -97,14 +113,15 @@ public:
     std::uint64_t getValueOffset() const noexcept;
     /// Bytes left in the current chunk.
     std::uint64_t getChunkLength() const noexcept;
-    /// Skips the next value (a pointer is still taken note of; a sub-packet is skipped
-    /// whole, unchecked inside until the packet ends).
+    /// Skips the next value (a pointer, or one inside a skipped sub-packet, is still taken
+    /// note of).
     void skipValue();
     /// @}
 
     /// \name Values
     /// Each reads the next value of the current chunk; a missing value or one of another kind
-    /// is an error, and the result is then zero (false, empty).
+    /// is an error, and the result is then zero (false, empty). In a packet marked invalid
+    /// every read returns zero without an error.
     /// @{
     std::int32_t readInt();
     std::uint32_t readUInt();
@@ -146,7 +163,7 @@ public:
     int readReferenceId();
     /// Defines `object`, of the given kind, as the object of `reference` (usually
     /// `getPacketReference()`), patching the slots that waited for it. Defining a reference
-    /// twice, or one the file never named, is an error.
+    /// twice, or one the file never named, a null object or a negative kind is an error.
     void defineReference(int reference, void* object, int kind = 0);
     /// The kind an object was defined with; -1 when `reference` is not defined.
     int getReferenceKind(int reference) const noexcept;

@@ -203,7 +203,11 @@ bool noteWritten(int number, int& written, std::string& problem) {
 
 void ioWriteContext::startPacket(std::string_view typeName, const void* object) {
     Impl& d = *impl_;
-    if (!ok() || d.closed) {
+    if (!ok()) {
+        return;
+    }
+    if (d.closed) {
+        fail(locate("startPacket after close"));
         return;
     }
     if (d.open) {

@@ -1,6 +1,8 @@
 // The raw packet reader on any bytes: the walker and both listings over the file, then a read
 // through a registry whose types read every value generically, define their objects, follow
-// pointers (forward ones included) and reject some packets.
+// pointers (forward ones included) and reject some packets. Each input is read as it is (the
+// checksums stop most mutations) and again with its checksums put right (the parser behind
+// them meets the mutation).
 
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +14,7 @@
 #include "crate/ioPacketPrinter.h"
 #include "crate/ioPacketRegistry.h"
 #include "crate/ioReadContext.h"
+#include "fuzz/support/PacketSeals.h"
 
 namespace {
 
@@ -86,9 +89,7 @@ private:
     std::deque<void*>& slots_;
 };
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void readEveryWay(const std::uint8_t* data, std::size_t size) {
     NullBuffer nothing;
     std::ostream sink(&nothing);
     for (const bool json : {false, true}) {
@@ -102,5 +103,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     registry.supportedType(new GenericType("fuzz.b", 1, slots));
     ioReadContext read(data, size);
     read.readAll(registry);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    readEveryWay(data, size);
+    std::vector<std::uint8_t> resealed(data, data + size);
+    formworkFuzz::resealPackets(resealed);
+    readEveryWay(resealed.data(), resealed.size());
     return 0;
 }

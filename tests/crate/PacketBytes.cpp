@@ -53,47 +53,6 @@ void appendPacket(Bytes& file, std::uint64_t typeId, std::string_view newName,
     }
 }
 
-namespace {
-
-bool readVarint(const Bytes& file, std::size_t& at, std::uint64_t& value) {
-    value = 0;
-    for (unsigned shift = 0; shift < 64 && at < file.size(); shift += 7) {
-        const std::uint8_t byte = file[at++];
-        value |= static_cast<std::uint64_t>(byte & 0x7f) << shift;
-        if (byte < 0x80) {
-            return true;
-        }
-    }
-    return false;
-}
-
-} // namespace
-
-void resealPackets(Bytes& file) {
-    std::size_t at = 16;
-    while (at < file.size()) {
-        const std::size_t start = at;
-        std::uint64_t typeId = 0, nameLength = 0, reference = 0, length = 0;
-        if (!readVarint(file, at, typeId)) {
-            return;
-        }
-        if (typeId == 0 && (!readVarint(file, at, nameLength) || nameLength > file.size())) {
-            return;
-        }
-        at += typeId == 0 ? nameLength : 0;
-        if (!readVarint(file, at, reference) || !readVarint(file, at, length) ||
-            length > file.size() || at + length + 8 > file.size()) {
-            return;
-        }
-        at += length;
-        const std::uint64_t sum = XXH3_64bits(file.data() + start, at - start);
-        for (int i = 0; i < 8; ++i) {
-            file[at + i] = static_cast<std::uint8_t>(sum >> (8 * i));
-        }
-        at += 8;
-    }
-}
-
 Bytes sampleFile() {
     static int objects[3];
     const float floats[] = {1.0f, -0.0f, NAN, 3.5f};

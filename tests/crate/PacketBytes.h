@@ -7,9 +7,12 @@
 #include <string_view>
 #include <vector>
 
+#include "fuzz/support/PacketSeals.h"
+
 namespace crateTest {
 
 using Bytes = std::vector<std::uint8_t>;
+using formworkFuzz::resealPackets;
 
 Bytes fileHeader(std::uint16_t major = 1, std::uint16_t minor = 0);
 void appendVarint(Bytes& bytes, std::uint64_t value);
@@ -19,9 +22,6 @@ Bytes chunk(const Bytes& values);
 /// payload length, payload and checksum.
 void appendPacket(Bytes& file, std::uint64_t typeId, std::string_view newName,
                   std::uint64_t reference, const Bytes& payload);
-/// Recomputes the checksum of every packet whose framing still parses, up to the first that
-/// does not: turns damage into hostile content that the checksum no longer catches.
-void resealPackets(Bytes& file);
 /// A small file as the library writes it: every value kind, chunks, nested sub-packets,
 /// forward references, two types, an empty array and string.
 Bytes sampleFile();

@@ -132,6 +132,12 @@ TEST(IoWriteContext, MisuseIsAnErrorThatStopsTheWrite) {
              o.endSubPacket();
          },
          "endSubPacket without an open sub-packet", 0},
+        {"StartAfterClose",
+         [](ioWriteContext& o) {
+             o.close();
+             o.startPacket("a");
+         },
+         "startPacket after close", -1},
         {"CloseWithPacketOpen",
          [](ioWriteContext& o) {
              o.startPacket("a");
@@ -185,6 +191,26 @@ TEST(IoWriteContext, DiscardedPacketLeavesNoTraceInTheNumbering) {
     }
     EXPECT_TRUE(in.ok()) << in.error().toString();
     EXPECT_EQ(names, (std::vector<std::string>{"kept", "kept", "late"}));
+}
+
+TEST(IoWriteContext, ReferenceNumbersHoldForAnyAddressLayout) {
+    // Dense, page-strided and far-strided addresses (only numbered, never dereferenced),
+    // enough of each to grow the map several times and to make regular strides cluster.
+    for (const std::uintptr_t stride : {std::uintptr_t{8}, std::uintptr_t{4096},
+                                        std::uintptr_t{1} << 20, std::uintptr_t{1} << 27}) {
+        SCOPED_TRACE(stride);
+        ioWriteContext out;
+        const auto address = [&](int i) {
+            return reinterpret_cast<const void*>((std::uintptr_t{1} << 44) +
+                                                 static_cast<std::uintptr_t>(i) * stride);
+        };
+        for (int i = 0; i < 20000; ++i) {
+            ASSERT_EQ(out.referenceOf(address(i)), i + 1);
+        }
+        for (int i = 19999; i >= 0; --i) {
+            ASSERT_EQ(out.referenceOf(address(i)), i + 1);
+        }
+    }
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "crate/Crate.h"
 #include "geom/Formwork.h"
 
 namespace {
@@ -55,6 +56,17 @@ int main() {
         return 1;
     }
     koDebugDraw::drawAddMeshPtr(nullptr); // no drawing interface registered: draws nothing
+
+    // A packet round trip: a static crate brings its checksum library along.
+    ioWriteContext out;
+    out.startPacket("consumer.value");
+    out.writeDouble(0.25);
+    out.endPacket();
+    ioReadContext in(out.buffer().data(), out.buffer().size());
+    if (!out.close() || !in.nextPacket() || in.readDouble() != 0.25 || !in.ok()) {
+        std::puts("packet round trip wrong");
+        return 1;
+    }
 
     std::puts("consumer ok");
     return 0;
