@@ -5,16 +5,17 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "crate/ioPacketRegistry.h"
 #include "crate/ioPacketType.h"
 #include "crate/ioReadContext.h"
+#include "fuzz/support/PacketSeals.h"
 #include "geom/io/PacketFile.h"
 #include "geom/io/PacketValues.h"
 #include "geom/io/ReadInterface.h"
 #include "geom/mesh/CompactMesh.h"
 #include "geom/view/Camera.h"
-#include "tests/crate/PacketBytes.h"
 
 namespace {
 
@@ -60,8 +61,8 @@ void readMeshes(const std::uint8_t* data, std::size_t size) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     readMeshes(data, size);
-    crateTest::Bytes resealed(data, data + size);
-    crateTest::resealPackets(resealed);
+    std::vector<std::uint8_t> resealed(data, data + size);
+    formworkFuzz::resealPackets(resealed);
     readMeshes(resealed.data(), resealed.size());
     return 0;
 }

@@ -11,7 +11,7 @@
 
 #include "crate/ioPacketType.h"
 
-#include "tests/crate/PacketBytes.h"
+#include "fuzz/support/PacketSeals.h"
 #include "tests/geom/io/MeshFileSupport.h"
 
 namespace koGeom::packetFile {
@@ -294,7 +294,7 @@ TEST(ReadInterface, SurvivesEveryTruncationAndThousandsOfDamagedBytes) {
         std::uint8_t& byte = damaged[16 + random() % (damaged.size() - 16)];
         byte = i % 4 < 2 ? static_cast<std::uint8_t>(random()) : byte ^ (1u << (random() % 8));
         if (i % 2 != 0) {
-            crateTest::resealPackets(damaged);
+            formworkFuzz::resealPackets(damaged);
         }
         const MeshRead read = readMeshes(damaged);
         accepted += read.ok && read.invalid.empty() ? 1 : 0;
