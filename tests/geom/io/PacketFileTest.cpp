@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "crate/ioPacketWalker.h"
+
 #include "geom/entity/ActiveEntities.h"
 #include "tests/geom/io/MeshFileSupport.h"
 
@@ -16,40 +18,55 @@ using koGeomTest::Bytes;
 using koGeomTest::meshBytes;
 using koGeomTest::readMeshes;
 
-// The packets of a file, one line per run of one kind: the type's last word (with sequence
-// and array kind, or attribute name and size), then start+count:values of each packet. Adds
-// the header's object and every data packet's mesh pointer field to `references`.
+// Each packet of a file as the generic walker sees it: the type's last word, then every value
+// (numbers; strings; arrays as [count]), " |" between chunks and braces round sub-packets.
+struct PacketTokens : ioPacketVisitor {
+    std::vector<std::vector<std::string>> packets;
+    void startPacket(const Packet& packet) override {
+        const std::string_view name = packet.typeName;
+        packets.push_back({std::string(name.substr(name.find_last_of('.') + 1)),
+                           std::to_string(packet.objectReference)});
+    }
+    void startChunk(const Chunk& chunk) override { add(chunk.index > 0 ? "|" : ""); }
+    void value(const Value& value) override {
+        add(value.kind == ioValueKind::string ? std::string(value.text)
+            : ioValueKindIsArray(value.kind)  ? "[" + std::to_string(value.count) + "]"
+                                              : std::to_string(value.integer));
+    }
+    void startSubPacket(std::uint64_t) override { add("{"); }
+    void endSubPacket() override { add("}"); }
+    void add(const std::string& token) {
+        if (!token.empty()) {
+            packets.back().push_back(token);
+        }
+    }
+};
+
+// The header's values on one line, then the data packets one line per run of one kind (the
+// fields before start and count), each packet as start+count:[values]. Adds the header's
+// object and every data packet's mesh pointer field to `references`.
 std::string listing(const Bytes& bytes, std::vector<int>& references) {
     ioReadContext context(bytes.data(), bytes.size());
+    PacketTokens tokens;
+    EXPECT_TRUE(walkPacketFile(context, tokens)) << context.error().toString();
     std::string text;
     std::string last;
-    while (context.nextPacket()) {
-        std::string key(context.getPacketTypeName().substr(std::string("ko.tz.mesh").size()));
-        if (key.empty()) {
-            references.push_back(context.getPacketReference());
-            text += last.empty() ? "header" : "\nheader";
-            last = "header";
-            continue;
+    for (const std::vector<std::string>& packet : tokens.packets) {
+        const bool header = packet[0] == "mesh";
+        references.push_back(std::stoi(packet[header ? 1 : 2]));
+        std::string key = header ? "header" : packet[0];
+        for (std::size_t i = header ? 2 : 3; i < packet.size() - (header ? 0 : 3); ++i) {
+            key += " " + packet[i];
         }
-        key.erase(0, 1);
-        references.push_back(context.readReferenceId());
-        if (key == "seqarray") {
-            key += " " + std::to_string(context.readInt()) + "/";
-            key += std::to_string(context.readInt());
-        } else if (key == "attributes") {
-            key += " " + context.readString() + "/";
-            key += std::to_string(context.readInt());
-        }
-        if (key != last) {
-            text += "\n" + key;
+        if (key != last || header) {
+            text += (text.empty() ? "" : "\n") + key;
             last = key;
         }
-        const int start = context.readInt();
-        const int count = context.readInt();
-        text += " " + std::to_string(start) + "+" + std::to_string(count) + ":" +
-                std::to_string(context.peekArrayCount());
+        if (!header) {
+            const std::size_t end = packet.size();
+            text += " " + packet[end - 3] + "+" + packet[end - 2] + ":" + packet[end - 1];
+        }
     }
-    EXPECT_TRUE(context.ok()) << context.error().toString();
     return text + "\n";
 }
 
@@ -60,22 +77,22 @@ TEST(PacketFile, WritesEveryArrayInBlocksAndReadsItBackBitForBit) {
         const Bytes bytes = meshBytes(*mesh, 1.0, references);
         std::vector<int> named;
         EXPECT_EQ(listing(bytes, named),
-                  "header\n"
-                  "vertices 0+1000:3000 1000+1000:3000 2000+500:1500\n"
-                  "triangles 0+1000:3000 1000+1:3\n"
-                  "normals 0+1000:3000 1000+1000:3000 2000+500:1500\n"
-                  "uvs 0+1000:2000 1000+1000:2000 2000+500:1000\n"
-                  "sts 0+1000:2000 1000+1000:2000 2000+500:1000\n"
-                  "colours 0+1000:4000 1000+1000:4000 2000+500:2000\n"
-                  "trinormals 0+1000:3000 1000+1:3\n"
-                  "seqarray 0/0 0+1000:1000\nseqarray 0/1 0+2:2\n"
-                  "seqarray 1/0 0+3:3\nseqarray 1/1 0+1:1\n"
-                  "seqarray 2/0 0+1000:1000 1000+1:1\nseqarray 2/1 0+2:2\n"
-                  "seqarray 3/0 0+4:4\nseqarray 3/1 0+1:1\n"
-                  "attributes weight/1 0+1000:1000 1000+1000:1000 2000+500:500\n"
-                  "attributes offset/2 0+1000:2000 1000+1000:2000 2000+500:1000\n"
-                  "attributes tangent/3 0+1000:3000 1000+1000:3000 2000+500:1500\n"
-                  "attributes tint/4 0+1000:4000 1000+1000:4000 2000+500:2000\n");
+                  "header 2500 1001 | 0 | 23130 1 | 1 [4] | 0 | { 1 1 2 1000 1 3 2 1001 1 4 | 1 }\n"
+                  "vertices 0+1000:[3000] 1000+1000:[3000] 2000+500:[1500]\n"
+                  "triangles 0+1000:[3000] 1000+1:[3]\n"
+                  "normals 0+1000:[3000] 1000+1000:[3000] 2000+500:[1500]\n"
+                  "uvs 0+1000:[2000] 1000+1000:[2000] 2000+500:[1000]\n"
+                  "sts 0+1000:[2000] 1000+1000:[2000] 2000+500:[1000]\n"
+                  "colours 0+1000:[4000] 1000+1000:[4000] 2000+500:[2000]\n"
+                  "trinormals 0+1000:[3000] 1000+1:[3]\n"
+                  "seqarray 0 0 0+1000:[1000]\nseqarray 0 1 0+2:[2]\n"
+                  "seqarray 1 0 0+3:[3]\nseqarray 1 1 0+1:[1]\n"
+                  "seqarray 2 0 0+1000:[1000] 1000+1:[1]\nseqarray 2 1 0+2:[2]\n"
+                  "seqarray 3 0 0+4:[4]\nseqarray 3 1 0+1:[1]\n"
+                  "attributes weight 1 0+1000:[1000] 1000+1000:[1000] 2000+500:[500]\n"
+                  "attributes offset 2 0+1000:[2000] 1000+1000:[2000] 2000+500:[1000]\n"
+                  "attributes tangent 3 0+1000:[3000] 1000+1000:[3000] 2000+500:[1500]\n"
+                  "attributes tint 4 0+1000:[4000] 1000+1000:[4000] 2000+500:[2000]\n");
         // With references the header defines the mesh and every data packet names it; without,
         // the header defines nothing and the data packets carry the null pointer.
         EXPECT_EQ(named, std::vector<int>(41, references ? 1 : 0));
@@ -103,11 +120,15 @@ TEST(PacketFile, ComputedNormalsAndAMeshWithoutTrianglesWriteNoSuchPackets) {
     ko::Reference<CompactMesh> mesh(new CompactMesh(3, vertices, normals, nullptr, nullptr));
     mesh->setNormalsComputed(true);
     std::vector<int> named;
-    EXPECT_EQ(listing(meshBytes(*mesh), named), "header\nvertices 0+3:9\n");
+    const std::string header = "header 3 0 | 0 | 0 0 | 0 | 0 | { 0 0 0 0 0 0 0 0 0 0 | 0 }";
+    EXPECT_EQ(listing(meshBytes(*mesh), named), header + "\nvertices 0+3:[9]\n");
     const int triangle[3] = {0, 1, 2};
     mesh->copyTriangles(1, triangle);
     mesh->allocTriangleNormalArray(); // marked computed since the mesh was made
-    EXPECT_EQ(listing(meshBytes(*mesh), named), "header\nvertices 0+3:9\ntriangles 0+1:3\n");
+    // The triangle normals make the mesh flat shaded by default: the header says so.
+    EXPECT_EQ(listing(meshBytes(*mesh), named),
+              "header 3 1 | 0 | 0 0 | 0 | 1 | { 0 0 0 0 0 0 0 0 0 0 | 0 }\n"
+              "vertices 0+3:[9]\ntriangles 0+1:[3]\n");
     const koGeomTest::MeshRead read = readMeshes(meshBytes(*mesh));
     ASSERT_TRUE(read.mesh && read.mesh->getNumTriangles() == 1);
     EXPECT_TRUE(!read.mesh->getNormalsAttr() && !read.mesh->getTriangleNormals());
