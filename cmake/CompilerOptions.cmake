@@ -47,12 +47,12 @@ function(formwork_add_library target export_header)
     add_library(${target})
     add_library(Formwork::${target} ALIAS ${target})
     target_compile_features(${target} PUBLIC cxx_std_20)
-    # An installed shared library finds the project's other libraries beside it: formwork needs
-    # crate even when the program that loads formwork uses nothing of crate itself.
-    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN")
     formwork_use_options(${target})
     set(header ${FORMWORK_GENERATED_INCLUDE_DIR}/${export_header})
     generate_export_header(${target} BASE_NAME ${target} EXPORT_FILE_NAME ${header})
+    # Installed shared, a library finds the project's libraries it needs (formwork needs crate)
+    # beside itself: a consumer's own run path does not reach the needs of its libraries.
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN")
     target_sources(${target} PUBLIC FILE_SET generated_headers TYPE HEADERS
         BASE_DIRS ${FORMWORK_GENERATED_INCLUDE_DIR}
         FILES ${header})

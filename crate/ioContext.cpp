@@ -27,10 +27,14 @@ void ioContext::invalidPacket(std::string_view reason) {
     }
     ioError record =
         locate(reason.empty() ? std::string("packet marked invalid") : std::string(reason));
-    if (!onPacketInvalid()) {
-        return; // no packet open
+    if (onPacketInvalid()) {
+        packetInvalid_ = true;
+    } else {
+        // No packet open: a type reporting, once the last packet is read, that what its
+        // packets built does not hold. The reason is kept; there is nothing to skip.
+        record.packetIndex = -1;
+        record.typeName.clear();
     }
-    packetInvalid_ = true;
     ++invalidPacketCount_;
     if (invalidPackets_.size() < keptInvalidPackets) {
         invalidPackets_.push_back(std::move(record));

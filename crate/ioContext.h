@@ -42,6 +42,8 @@ public:
     /// recorded are dropped (so no slot of a discarded object is ever patched), and the read
     /// goes on with the next packet. `reason` is kept, with the packet's index, type name and
     /// offset, for the caller (see `invalidPackets`). Not an error: `ok()` stays true.
+    /// Outside a packet (a type's `readFinished` finding that what its packets built does not
+    /// hold) only the reason is kept, with packet index -1.
     void invalidPacket(std::string_view reason = {});
     /// True when the current packet has been marked invalid.
     bool isPacketInvalid() const noexcept { return packetInvalid_; }

@@ -17,6 +17,7 @@
 #include "geom/mesh/CompactMesh.h"
 #include "geom/mesh/MeshAttributes.h"
 #include "geom/mesh/MeshSequence.h"
+#include "geom/topomesh/TopoMesh.h"
 #include "geom/view/Camera.h"
 #include "geom/view/EyeSpaceFrustum.h"
 #include "geom/view/Viewport.h"
@@ -240,8 +241,7 @@ void registerTypes(ioPacketRegistry* registry, ReadInterface* reader) {
     for (const Binding& binding : bindings) {
         registry->supportedType(new detail::geomPacket(binding.name, reader, binding.reader));
     }
-    // FOR THE LEAD: when the half-edge mesh packets are merged, register them here with
-    // TopoMesh::registerTypes(*registry, nullptr, nullptr);
+    TopoMesh::registerTypes(*registry, nullptr, nullptr);
 }
 
 void writeViewport(ioWriteContext& context, const Viewport& viewport) {

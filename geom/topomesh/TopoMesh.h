@@ -18,7 +18,16 @@
 #include "geom/topomesh/TopoMeshState.h"
 #include "geom/topomesh/TopoMeshTypedefs.h"
 
+// The packet-file classes, which this layer names but does not use.
+class ioPacketRegistry;
+class ioReadContext;
+class ioWriteContext;
+
 namespace koGeom {
+
+namespace detail {
+class TopoMeshPacketType;
+}
 
 /// The editable polygon mesh with full topology: vertices, directed half-edges and faces of
 /// any number of sides, linked by pointers (see `TopoMeshRecords.h`), so that neighbourhoods
@@ -292,7 +301,139 @@ public:
     void modified(TopoMeshModification& notice) { sendMessage(notice); }
     /// @}
 
+    /// \name Packet files
+    /// A mesh is stored as one header packet and then one packet per vertex, per half-edge
+    /// (every one, primary or not) and per face, vertices first, each kind in list order. The
+    /// header's object is the mesh, each record packet's object its record; every link is a
+    /// reference to the packet of the record it names, or the null reference.
+    ///
+    /// - header "ko.geom.topomesh": first and last vertex, first and last face, first and
+    ///   last edge (six references); vertex, face and edge counts (three 32-bit integers);
+    ///   then `onWritePF`;
+    /// - vertex "ko.geom.topomesh.vertex": the mesh (a reference); the point (an array of
+    ///   three doubles); first edge, next and previous in the mesh; then `onWriteVertexPF`;
+    /// - edge "ko.geom.topomesh.edge": the mesh; vertex, next, prev, twin, face, next and
+    ///   previous in the mesh; then `onWriteEdgePF`;
+    /// - face "ko.geom.topomesh.face": the mesh; first edge, next and previous in the mesh;
+    ///   then `onWriteFacePF`.
+    ///
+    /// A derived mesh whose `getPacketType()` returns a base name B names its header B and
+    /// its record packets B, a dot and the whole default name: "B.ko.geom.topomesh.vertex".
+    ///
+    /// **Reading.** `registerTypes` puts a type for each of the four names into a packet
+    /// registry; `ioReadContext::readAll` then reads a file through it.
+    /// - A header packet goes to the header reader. The library's own (registered for a null
+    ///   name or a null reader) makes a `TopoMesh` with the default allocator and calls
+    ///   `readPF`; a host's reader makes its derived mesh with `new`, calls `readPF` on it and
+    ///   deletes it again when that returns false. When the reader returns, the registry's type
+    ///   takes a `ko::Reference` to the mesh that `readPF` defined, so the mesh lives at least
+    ///   until `takeReadMeshes` hands it over.
+    /// - A record packet takes a zeroed record straight from its mesh's allocator, reads its
+    ///   fields into it, calls its read hook and defines the record as the packet's object. No
+    ///   count or list is touched: they come from the header and the records' own links, which
+    ///   are patched as the packets they name arrive. A record packet whose mesh reference
+    ///   names no object (yet) is skipped.
+    /// - When the read ends, also after an error, every mesh read is checked (below). A mesh
+    ///   that fails is emptied, its records dropped with its allocator's pools without
+    ///   following a single link, and the reason is kept as an invalid packet ("half-edge mesh
+    ///   7 dropped: ..."). So every mesh a read hands over is sound or empty.
+    /// - The host takes the meshes with `takeReadMeshes` after `readAll`. A host that wants
+    ///   each mesh as it comes takes it in `ioClientReadContext::postPacketRead` after a packet
+    ///   of the header type: the packet's object (`getReferenceDefinition(getPacketReference())`,
+    ///   of kind `packetMeshKind`) is the `TopoMesh`, to be held by a `ko::Reference`; it is
+    ///   checked, and may be emptied, only when the read ends.
+    ///
+    /// **What a read rejects.** Files this library writes read back exactly. Beyond that:
+    /// - A header packet that defines no object, a header read into a mesh that is not empty,
+    ///   a record packet that defines no object or whose mesh reference names something other
+    ///   than a half-edge mesh read through the same `registerTypes` call, and a vertex point
+    ///   that is not three doubles: the packet is invalid and skipped.
+    /// - A link that names a record of another kind (an edge where a vertex belongs), the mesh
+    ///   or a record of another mesh: an error of the read. The records of each mesh are
+    ///   defined with kinds of their own (`packetRecordKind`), so a link resolves only to a
+    ///   record of its own kind and mesh.
+    /// - A read that stops at an error, or in which a half-edge mesh packet links to an object
+    ///   that no packet of the file defines (its link would read as null), drops every mesh
+    ///   it read: which mesh the damage touched is not known.
+    /// - The check at the end, O(n) per mesh without recursion or allocation, and bounded by
+    ///   the number of records read however the links run: each count equals the number of
+    ///   its records read; each list runs from its head, through previous links that mirror
+    ///   the next links, to its tail within that number of records, so that it holds every
+    ///   record read exactly once (a list that does not end, comes back to a record or leaves
+    ///   one out fails); every half-edge has an origin, a next whose prev it is, a prev whose
+    ///   next it is, the face of its next, and no twin or another half-edge whose twin it is;
+    ///   every face's first edge lies on it and the face loops hold every half-edge; every
+    ///   vertex's first edge, if any, starts at the vertex. A mesh written after deleting a
+    ///   vertex of a valence other than 1 or 3, whose half-edges still start at the freed
+    ///   vertex, links to a record that has no packet, and is dropped.
+    /// @{
+
+    /// Writes the header packet and then the record packets. O(n). A failed write shows in
+    /// `context.error()`, and writing stops.
+    void writePF(ioWriteContext& context) const;
+
+    /// Reads the header packet at which `context` stands into this mesh, which must be empty
+    /// (no record in its lists, transactions off): the six list ends, the three counts, then
+    /// `onReadPF`; then defines the mesh as the packet's object. The list ends are patched as
+    /// the records' packets arrive, so the mesh must stay alive until the read ends. False,
+    /// with the packet marked invalid and the mesh unchanged, when the mesh is not empty or
+    /// the packet defines no object; false after a read error.
+    bool readPF(ioReadContext& context);
+
+    /// Registers in `registry` the header, vertex, edge and face types of base name `name`
+    /// (null or empty: the default names), with `reader` as the header's reader (ignored for
+    /// a null name, where the library's own reads the header; the library's own also for a
+    /// null `reader`, which reads a derived mesh's packets as a plain `TopoMesh`, skipping
+    /// the extra fields). Types registered before under the same names are replaced.
+    static void registerTypes(ioPacketRegistry& registry, const char* name,
+                              void (*reader)(ioReadContext&));
+
+    /// Hands over the meshes that the types `registerTypes` registered in `registry` under
+    /// `name` (null: the default names) have read since the last call, in the order of their
+    /// header packets, each checked: sound or empty. Meshes not taken stay with the registry.
+    /// Empty when `registerTypes` registered no such header type there.
+    static ko::vector<ko::Reference<TopoMesh>> takeReadMeshes(ioPacketRegistry& registry,
+                                                              const char* name = nullptr);
+
+    /// The kind with which a header packet defines its mesh.
+    static constexpr int packetMeshKind = 0x54504D48;
+    /// The largest reference a header packet may have: record kinds stay below
+    /// `packetMeshKind`.
+    static constexpr int maxPacketMeshReference = (1 << 28) - 1;
+    /// The kind with which the records of `type` of the mesh read from the header packet of
+    /// reference `meshReference` (1 to `maxPacketMeshReference`) are defined, and with which
+    /// links to them are read. A derived mesh whose read hooks read links to its own records
+    /// keeps `context.getPacketReference()` in `onReadPF` and reads them with these kinds.
+    static constexpr int packetRecordKind(int meshReference,
+                                          TopoMeshTypedefs::EntityType type) noexcept {
+        return 0x10000 + 4 * meshReference + static_cast<int>(type);
+    }
+    /// @}
+
+protected:
+    /// \name Packet hooks
+    /// Empty here. A derived mesh writes the extra fields of its header and records in the
+    /// write hooks and reads them back, in the same order, in the read hooks. A read hook is
+    /// called with the fields read so far: links to records whose packets come later are
+    /// still null, and the mesh is not yet checked, so it must not walk the mesh. Marking the
+    /// packet invalid (`ioContext::invalidPacket`) rejects it.
+    /// @{
+    virtual void onWritePF(ioWriteContext& /*context*/) const {}
+    virtual void onReadPF(ioReadContext& /*context*/) {}
+    virtual void onWriteVertexPF(TopoMeshVertex /*vertex*/, ioWriteContext& /*context*/) const {}
+    virtual void onReadVertexPF(TopoMeshVertex /*vertex*/, ioReadContext& /*context*/) {}
+    virtual void onWriteEdgePF(TopoMeshEdge /*edge*/, ioWriteContext& /*context*/) const {}
+    virtual void onReadEdgePF(TopoMeshEdge /*edge*/, ioReadContext& /*context*/) {}
+    virtual void onWriteFacePF(TopoMeshFace /*face*/, ioWriteContext& /*context*/) const {}
+    virtual void onReadFacePF(TopoMeshFace /*face*/, ioReadContext& /*context*/) {}
+    /// @}
+
 private:
+    friend class detail::TopoMeshPacketType;
+
+    /// The base name of this mesh's packets; null here, which selects the default names.
+    virtual const char* getPacketType() const { return nullptr; }
+
     std::unique_ptr<TopoMeshImpl> impl_;
 };
 

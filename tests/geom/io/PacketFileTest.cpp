@@ -114,6 +114,22 @@ TEST(PacketFile, WritesEveryArrayInBlocksAndReadsItBackBitForBit) {
     koGeomTest::expectSameMesh(original, *mesh);
 }
 
+TEST(PacketFile, RegistersTheMeshTypesInTableOrderThenTheHalfEdgeMeshTypes) {
+    ioReadContext context(nullptr, 0);
+    ReadInterface reader(context);
+    ioPacketRegistry registry;
+    registerTypes(&registry, &reader);
+    std::string names;
+    for (std::size_t i = 0; i < registry.size(); ++i) {
+        names += registry.typeAt(i)->getName() + " ";
+    }
+    EXPECT_EQ(names,
+              "ko.tz.mesh ko.tz.mesh.vertices ko.tz.mesh.normals ko.tz.mesh.uvs ko.tz.mesh.sts "
+              "ko.tz.mesh.colours ko.tz.mesh.triangles ko.tz.mesh.trinormals ko.tz.mesh.seqarray "
+              "ko.tz.mesh.attributes ko.geom.topomesh ko.geom.topomesh.vertex "
+              "ko.geom.topomesh.edge ko.geom.topomesh.face ");
+}
+
 TEST(PacketFile, ComputedNormalsAndAMeshWithoutTrianglesWriteNoSuchPackets) {
     const MeshVertex vertices[3] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
     const MeshNormal normals[3] = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
