@@ -16,7 +16,20 @@
 
 namespace {
 
-void appendNumber(std::string& out, std::uint64_t value) { out += std::to_string(value); }
+void put(std::string& out, std::string_view text) { out.append(text); }
+
+template <class Integer>
+requires std::is_integral_v<Integer>
+void put(std::string& out, Integer value) {
+    char text[24];
+    out.append(text, std::to_chars(text, text + sizeof text, value).ptr);
+}
+
+/// Appends each part, text or integer, to `out`.
+template <class... Parts>
+void append(std::string& out, const Parts&... parts) {
+    (put(out, parts), ...);
+}
 
 /// Shortest round-trip form; non-finite values as words, NaN with its bits.
 template <class T>
@@ -120,7 +133,7 @@ void appendElement(std::string& out, const void* head, std::size_t i, bool json)
     if constexpr (std::is_floating_point_v<T>) {
         appendReal(out, element, json);
     } else {
-        out += std::to_string(element);
+        append(out, element);
     }
 }
 
@@ -155,10 +168,10 @@ void appendScalar(std::string& out, const ioPacketVisitor::Value& v, bool json) 
         case ioValueKind::int32:
         case ioValueKind::int64:
         case ioValueKind::pointer:
-            out += std::to_string(v.integer);
+            append(out, v.integer);
             break;
         case ioValueKind::uint32:
-            appendNumber(out, v.unsignedInteger);
+            append(out, v.unsignedInteger);
             break;
         case ioValueKind::float32:
             appendReal(out, static_cast<float>(v.real), json);
@@ -186,8 +199,8 @@ public:
 
     void begin(const ioReadContext& context) {
         if (json_) {
-            out_ += "{\"format\":\"FWPK\",\"minorVersion\":" +
-                    std::to_string(context.getMinorVersion()) + ",\"packets\":[";
+            append(out_, "{\"format\":\"FWPK\",\"minorVersion\":", context.getMinorVersion(),
+                   ",\"packets\":[");
         }
         frames_.push_back({Frame::packets, true});
     }
@@ -196,18 +209,16 @@ public:
         ++packets_;
         if (json_) {
             element();
-            out_ += "\n{\"index\":" + std::to_string(p.index) +
-                    ",\"offset\":" + std::to_string(p.offset) + ",\"type\":";
+            append(out_, "\n{\"index\":", p.index, ",\"offset\":", p.offset, ",\"type\":");
             appendQuoted(out_, p.typeName, true);
-            out_ += ",\"object\":" + std::to_string(p.objectReference) +
-                    ",\"payloadLength\":" + std::to_string(p.payloadLength) + ",\"chunks\":[";
+            append(out_, ",\"object\":", p.objectReference, ",\"payloadLength\":", p.payloadLength,
+                   ",\"chunks\":[");
         } else {
-            out_ += "packet " + std::to_string(p.index) + " at " + std::to_string(p.offset) + ": " +
-                    std::string(p.typeName);
+            append(out_, "packet ", p.index, " at ", p.offset, ": ", p.typeName);
             if (p.objectReference != 0) {
-                out_ += " (object " + std::to_string(p.objectReference) + ")";
+                append(out_, " (object ", p.objectReference, ")");
             }
-            out_ += ", payload " + std::to_string(p.payloadLength) + " bytes\n";
+            append(out_, ", payload ", p.payloadLength, " bytes\n");
         }
         frames_.push_back({Frame::container, true});
     }
@@ -218,13 +229,11 @@ public:
         }
         if (json_) {
             element();
-            out_ += "{\"index\":" + std::to_string(c.index) +
-                    ",\"offset\":" + std::to_string(c.offset) +
-                    ",\"length\":" + std::to_string(c.length) + ",\"values\":[";
+            append(out_, "{\"index\":", c.index, ",\"offset\":", c.offset, ",\"length\":", c.length,
+                   ",\"values\":[");
         } else {
             indent();
-            out_ += "chunk " + std::to_string(c.index) + " at " + std::to_string(c.offset) + ", " +
-                    std::to_string(c.length) + " bytes\n";
+            append(out_, "chunk ", c.index, " at ", c.offset, ", ", c.length, " bytes\n");
         }
         frames_.push_back({Frame::chunk, true});
     }
@@ -232,14 +241,13 @@ public:
     void value(const Value& v) override {
         if (json_) {
             element();
-            out_ += "{\"offset\":" + std::to_string(v.offset) + ",\"kind\":\"" +
-                    ioValueKindName(v.kind) + "\"";
+            append(out_, "{\"offset\":", v.offset, ",\"kind\":\"", ioValueKindName(v.kind), "\"");
             if (ioValueKindIsArray(v.kind)) {
-                out_ += ",\"count\":" + std::to_string(v.count) + ",\"values\":[";
+                append(out_, ",\"count\":", v.count, ",\"values\":[");
                 appendElements(out_, v, true);
                 out_ += "]";
                 if (v.count > v.headCount) {
-                    out_ += ",\"elided\":" + std::to_string(v.count - v.headCount);
+                    append(out_, ",\"elided\":", v.count - v.headCount);
                 }
             } else {
                 out_ += ",\"value\":";
@@ -248,15 +256,15 @@ public:
             out_ += "}";
         } else {
             indent();
-            out_ += "@" + std::to_string(v.offset) + " " + ioValueKindName(v.kind) + " ";
+            append(out_, "@", v.offset, " ", ioValueKindName(v.kind), " ");
             if (ioValueKindIsArray(v.kind)) {
-                out_ += "[" + std::to_string(v.count) + "]";
+                append(out_, "[", v.count, "]");
                 if (v.headCount != 0) {
                     out_ += " ";
                     appendElements(out_, v, false);
                 }
                 if (v.count > v.headCount) {
-                    out_ += " ... (" + std::to_string(v.count - v.headCount) + " more)";
+                    append(out_, " ... (", v.count - v.headCount, " more)");
                 }
             } else {
                 appendScalar(out_, v, false);
@@ -269,11 +277,10 @@ public:
     void startSubPacket(std::uint64_t offset) override {
         if (json_) {
             element();
-            out_ +=
-                "{\"offset\":" + std::to_string(offset) + ",\"kind\":\"sub-packet\",\"chunks\":[";
+            append(out_, "{\"offset\":", offset, ",\"kind\":\"sub-packet\",\"chunks\":[");
         } else {
             indent();
-            out_ += "@" + std::to_string(offset) + " sub-packet\n";
+            append(out_, "@", offset, " sub-packet\n");
         }
         frames_.push_back({Frame::container, true});
     }
@@ -290,20 +297,20 @@ public:
         }
         if (json_) {
             out_ += packets_ == 0 ? "]" : "\n]";
-            out_ += ",\"packetCount\":" + std::to_string(packets_) + ",\"error\":";
+            append(out_, ",\"packetCount\":", packets_, ",\"error\":");
             if (context.ok()) {
                 out_ += "null";
             } else {
                 const ioError& e = context.error();
                 out_ += "{\"message\":";
                 appendQuoted(out_, e.message, true);
-                out_ += ",\"packetIndex\":" + std::to_string(e.packetIndex) + ",\"type\":";
+                append(out_, ",\"packetIndex\":", e.packetIndex, ",\"type\":");
                 appendQuoted(out_, e.typeName, true);
-                out_ += ",\"byteOffset\":" + std::to_string(e.byteOffset) + "}";
+                append(out_, ",\"byteOffset\":", e.byteOffset, "}");
             }
             out_ += "}\n";
         } else if (context.ok()) {
-            out_ += std::to_string(packets_) + (packets_ == 1 ? " packet\n" : " packets\n");
+            append(out_, packets_, (packets_ == 1 ? " packet\n" : " packets\n"));
         } else {
             out_ += "error: " + context.error().toString() + "\n";
         }

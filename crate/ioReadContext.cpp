@@ -1,7 +1,5 @@
 #include "crate/ioReadContext.h"
 
-#include <xxhash.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -10,6 +8,7 @@
 #include <utility>
 
 #include "crate/detail/ByteBuffer.h"
+#include "crate/detail/Checksum.h"
 #include "crate/detail/Wire.h"
 #include "crate/ioClientReadContext.h"
 #include "crate/ioPacketRegistry.h"
@@ -112,6 +111,7 @@ struct ioReadContext::Impl {
     bool sizeKnown = false;
     std::uint64_t size = 0;
     bool readFailed = false;
+    int readErrno = 0; // why, when the file could not be read
 
     std::vector<TypeSlot> types;
 
@@ -225,6 +225,7 @@ std::size_t ioReadContext::Impl::fill(std::size_t wanted) {
         window.resize(end);
         if (got == 0) {
             readFailed = std::ferror(file) != 0;
+            readErrno = errno;
             break;
         }
     }
@@ -284,6 +285,10 @@ ioReadContext::ioReadContext(const std::string& path) : impl_(std::make_unique<I
                                        inputBlockSize, std::max<std::uint64_t>(d.size, 64)))
                                  : inputBlockSize);
     const std::size_t available = d.fill(fileHeaderSize);
+    if (d.readFailed) {
+        fail(ioError{"cannot read '" + path + "': " + std::strerror(d.readErrno), -1, {}, 0});
+        return;
+    }
     std::uint64_t offset = 0;
     std::string problem = headerProblem(d.base + d.begin, available, offset);
     if (!problem.empty()) {
@@ -351,7 +356,7 @@ bool ioReadContext::nextPacket() {
     setPacketInvalid(false);
     if (d.fill(1) == 0) {
         if (d.readFailed) {
-            fail(ioError{std::string("cannot read the file: ") + std::strerror(errno),
+            fail(ioError{std::string("cannot read the file: ") + std::strerror(d.readErrno),
                          d.index,
                          {},
                          d.cursorOffset()});
@@ -434,13 +439,13 @@ bool ioReadContext::Impl::parsePacket() {
     const std::size_t got = fill(total);
     packetStart = base + begin; // the window may have moved
     if (got < total) {
-        fault(packetStart + got, readFailed
-                                     ? std::string("cannot read the file: ") + std::strerror(errno)
-                                     : std::string("the packet runs past the end of the "
-                                                   "file"));
+        fault(packetStart + got,
+              readFailed ? std::string("cannot read the file: ") + std::strerror(readErrno)
+                         : std::string("the packet runs past the end of the "
+                                       "file"));
         return false;
     }
-    if (XXH3_64bits(packetStart, bodyLength) != load<std::uint64_t>(packetStart + bodyLength)) {
+    if (checksum(packetStart, bodyLength) != load<std::uint64_t>(packetStart + bodyLength)) {
         fault(packetStart + bodyLength, "checksum mismatch");
         return false;
     }

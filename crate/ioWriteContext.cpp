@@ -1,7 +1,5 @@
 #include "crate/ioWriteContext.h"
 
-#include <xxhash.h>
-
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -11,6 +9,7 @@
 #include <utility>
 
 #include "crate/detail/ByteBuffer.h"
+#include "crate/detail/Checksum.h"
 #include "crate/detail/PointerMap.h"
 #include "crate/detail/Wire.h"
 
@@ -393,7 +392,7 @@ void ioWriteContext::endPacket() {
     }
     std::memcpy(at, values + from, d.payload.size() - from);
     at += d.payload.size() - from;
-    store<std::uint64_t>(at, XXH3_64bits(out, prefixLength + payloadLength));
+    store<std::uint64_t>(at, checksum(out, prefixLength + payloadLength));
 
     d.emitted += total;
     d.open = false;

@@ -10,7 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "crate/ioPacketWalker.h"
 #include "crate/ioReadContext.h"
+#include "tests/crate/PacketBytes.h"
 
 namespace {
 
@@ -85,6 +87,11 @@ TEST(IoWriteContext, FailedOutputIsReported) {
               "cannot open '/nonexistent-directory/x.fwpk' for writing: No such file or directory");
     missing.startPacket("p"); // does nothing after the error
     EXPECT_FALSE(missing.close());
+    ioReadContext folder("/tmp");
+    EXPECT_EQ(folder.error().message, "cannot read '/tmp': Is a directory");
+    ioReadContext absent("/nonexistent-directory/x.fwpk");
+    EXPECT_EQ(absent.error().message,
+              "cannot open '/nonexistent-directory/x.fwpk': No such file or directory");
 
     // A full disk found mid-file (a flush of a full block) names the bytes that were lost.
     ioWriteContext big("/dev/full");
@@ -210,6 +217,26 @@ TEST(IoWriteContext, ReferenceNumbersHoldForAnyAddressLayout) {
         for (int i = 19999; i >= 0; --i) {
             ASSERT_EQ(out.referenceOf(address(i)), i + 1);
         }
+    }
+}
+
+TEST(IoWriteContext, FilesReadAsTheirBytesDoInMemory) {
+    // Every truncation of a small file, read from disk and from memory: the same packets and
+    // the same error, to the byte.
+    TempDir dir;
+    const std::string path = dir.file("cut.fwpk");
+    const crateTest::Bytes file = crateTest::sampleFile();
+    for (std::size_t size = 0; size <= file.size(); ++size) {
+        SCOPED_TRACE(size);
+        std::FILE* out = std::fopen(path.c_str(), "wb");
+        ASSERT_EQ(std::fwrite(file.data(), 1, size, out), size);
+        std::fclose(out);
+        ioReadContext fromDisk(path);
+        ioReadContext fromMemory(file.data(), size);
+        ioPacketVisitor ignore;
+        EXPECT_EQ(walkPacketFile(fromDisk, ignore), walkPacketFile(fromMemory, ignore));
+        EXPECT_EQ(fromDisk.getPacketIndex(), fromMemory.getPacketIndex());
+        EXPECT_EQ(fromDisk.error().toString(), fromMemory.error().toString());
     }
 }
 
