@@ -66,7 +66,8 @@ struct MeshArraySlot;
 ///   never hold more data bytes than the file has from its header to its end, and the meshes
 ///   of one read together never more than the whole file. A writer stores every array in
 ///   full after its header, so no well-formed file is refused; a header of 2^31 − 1 vertices
-///   in a short file is, before anything is allocated.
+///   in a short file is, before anything is allocated. (An input whose size cannot be known,
+///   a pipe, gives no such bound: read files and memory.)
 /// A seqarray packet of an unknown sequence kind or array kind is skipped unread and stays
 /// valid. Parts of an array that no data packet filled (a file cut short) keep the values a
 /// resize leaves; the read reports the damage through the context.
