@@ -511,6 +511,10 @@ int ioReadContext::getPacketReference() const noexcept {
 
 std::uint16_t ioReadContext::getMinorVersion() const noexcept { return impl_->minorVersion; }
 
+std::uint64_t ioReadContext::getInputSize() const noexcept {
+    return impl_->sizeKnown ? impl_->size : UINT64_MAX;
+}
+
 std::int64_t ioReadContext::getPacketIndex() const noexcept { return impl_->index; }
 
 std::uint64_t ioReadContext::getPacketOffset() const noexcept { return impl_->packetOffset; }

@@ -65,6 +65,10 @@ public:
     /// The minor version of the file's format (a reader accepts any minor version of its
     /// major version); 0 when the file could not be opened.
     std::uint16_t getMinorVersion() const noexcept;
+    /// The bytes of the input: the buffer's size, or the file's when it can be measured;
+    /// UINT64_MAX for a file that cannot (a pipe). A reader bounds by it what the counts in a
+    /// file may claim.
+    std::uint64_t getInputSize() const noexcept;
 
     /// \name Stepping through packets (without a registry)
     /// @{

@@ -1,7 +1,6 @@
 #include "bench/topomesh/TaskTimer.h"
 
 #include <malloc.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,15 +13,15 @@ namespace topoBench {
 
 namespace {
 
-std::map<std::pair<std::string, Library>, std::vector<double>>& recorded() {
-    static std::map<std::pair<std::string, Library>, std::vector<double>> times;
-    return times;
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    const std::size_t middle = values.size() / 2;
-    return values.size() % 2 != 0 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+const char* sideName(Library library) {
+    switch (library) {
+        case Library::Formwork:
+            return "Formwork";
+        case Library::CGAL:
+            return "CGAL";
+        default:
+            return "OpenMesh";
+    }
 }
 
 } // namespace
@@ -57,24 +56,15 @@ std::string compareFigures(const MeshFigures& got, const MeshFigures& want) {
 }
 
 void recordSeconds(const std::string& task, Library library, double seconds) {
-    recorded()[{task, library}].push_back(seconds);
+    formworkBench::recordSeconds(task, sideName(library), seconds);
 }
 
 void reportRatios(benchmark::State& state, const std::string& task, double seconds) {
-    const std::pair<Library, const char*> peers[] = {{Library::CGAL, "vs_CGAL"},
-                                                     {Library::OpenMesh, "vs_OpenMesh"}};
-    for (const auto& [peer, name] : peers) {
-        const auto found = recorded().find({task, peer});
-        if (found != recorded().end()) {
-            state.counters[name] = seconds / median(found->second);
+    for (const Library peer : {Library::CGAL, Library::OpenMesh}) {
+        if (const auto median = formworkBench::medianSeconds(task, sideName(peer))) {
+            state.counters[std::string("vs_") + sideName(peer)] = seconds / *median;
         }
     }
-}
-
-double threadSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
 long residentBytes() {

@@ -3,7 +3,10 @@
 #include <benchmark/benchmark.h>
 
 #include <map>
+#include <optional>
 #include <string>
+
+#include "bench/support/SideTimer.h"
 
 namespace topoBench {
 
@@ -32,10 +35,7 @@ void recordSeconds(const std::string& task, Library library, double seconds);
 /// iteration over the median of the peer's recorded repetitions of the same task.
 void reportRatios(benchmark::State& state, const std::string& task, double seconds);
 
-/// The CPU seconds this thread has used, user and system (page faults included). The tasks
-/// are timed by it rather than by the wall clock, which on a machine shared with other work
-/// also counts the time the thread waits for a core.
-double threadSeconds();
+using formworkBench::threadSeconds;
 
 /// One task of one library, registered with `UseManualTime()`. Each iteration runs
 /// `prepare()` untimed (building the input of an edit), times `work()`, then runs `finish()`
@@ -45,25 +45,13 @@ double threadSeconds();
 template <class Prepare, class Work, class Finish>
 void runTask(benchmark::State& state, const std::string& task, Library library, Prepare&& prepare,
              Work&& work, Finish&& finish) {
-    double total = 0.0;
-    for (auto _ : state) {
-        prepare();
-        const double start = threadSeconds();
-        work();
-        benchmark::ClobberMemory();
-        const double elapsed = threadSeconds() - start;
-        state.SetIterationTime(elapsed);
-        total += elapsed;
-        const std::string error = finish();
-        if (!error.empty()) {
-            state.SkipWithError(error.c_str());
-            return;
-        }
+    const std::optional<double> seconds = formworkBench::runTimed(state, prepare, work, finish);
+    if (!seconds) {
+        return;
     }
-    const double seconds = total / static_cast<double>(state.iterations());
-    recordSeconds(task, library, seconds);
+    recordSeconds(task, library, *seconds);
     if (library == Library::Formwork) {
-        reportRatios(state, task, seconds);
+        reportRatios(state, task, *seconds);
     }
 }
 

@@ -3,7 +3,7 @@
 # language standard and no flags of their own: whatever they need comes from the package.
 #
 # Variables: FORMWORK_SOURCE_DIR, FORMWORK_VERSION, LIB_DIR, CONSUMER_SOURCE_DIR, README,
-# CXX_COMPILER, BUILD_TYPE, KIND (a label), and either BUILD_DIR (install an existing build tree) or BUILD_SHARED (configure
+# CXX_COMPILER, OTHER_CXX_COMPILER (optional), BUILD_TYPE, KIND (a label), and either BUILD_DIR (install an existing build tree) or BUILD_SHARED (configure
 # and build the libraries afresh, shared when ON).
 
 cmake_minimum_required(VERSION 3.25)
@@ -54,6 +54,15 @@ endif()
 
 consume(${CONSUMER_SOURCE_DIR} ${work}/consumer consumer -DFORMWORK_REQUEST=${version})
 formwork_check_consumer_output("${last_output}")
+
+# The same package serves a consumer built with the other compiler.
+if(OTHER_CXX_COMPILER)
+    set(own_compiler ${CXX_COMPILER})
+    set(CXX_COMPILER ${OTHER_CXX_COMPILER})
+    consume(${CONSUMER_SOURCE_DIR} ${work}/consumer-other consumer)
+    formwork_check_consumer_output("${last_output}")
+    set(CXX_COMPILER ${own_compiler})
+endif()
 
 # The same consumer for Makefile and Meson users: the compiler and pkg-config only.
 set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIB_DIR}/pkgconfig)

@@ -1,8 +1,13 @@
 #include "tests/support/MeshShapes.h"
 
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <numbers>
+#include <random>
 #include <vector>
+
+#include "geom/mesh/MeshAttributes.h"
 
 namespace koGeomTest {
 
@@ -51,6 +56,51 @@ void makeCube(koGeom::CompactMesh& mesh) {
                              1, 3, 7, 1, 7, 5}; // x = 1
     mesh.copyVertices(8, vertices);
     mesh.copyTriangles(12, indices);
+}
+
+namespace {
+
+// Fills `count` 32-bit values at `values` with random bits.
+void fillBits(void* values, int count, std::mt19937& random) {
+    for (int i = 0; i < count; ++i) {
+        const std::uint32_t bits = random();
+        std::memcpy(static_cast<char*>(values) + 4 * static_cast<std::size_t>(i), &bits, 4);
+    }
+}
+
+} // namespace
+
+void fillEveryArray(koGeom::CompactMesh& mesh, int numVertices, int numTriangles, unsigned seed) {
+    std::mt19937 random(seed);
+    mesh.resizeVertexArray(numVertices);
+    mesh.allocNormalArray();
+    mesh.allocUVArray();
+    mesh.allocSTArray();
+    mesh.allocColourArray();
+    const char* names[] = {"weight", "offset", "tangent", "tint"};
+    for (int size = 1; size <= 4; ++size) {
+        mesh.allocAttributes(names[size - 1], size)->setStorageRequired(true);
+    }
+    for (int i = 0; i < mesh.getNumAttributes(); ++i) {
+        koGeom::MeshAttributes* channel = mesh.getAttributes(i);
+        fillBits(channel->asFloat(), channel->getNumElements() * channel->getDimension(), random);
+    }
+    mesh.resizeTriangleArray(numTriangles);
+    mesh.allocTriangleNormalArray();
+    mesh.setTriNormalsComputed(false);
+    fillBits(mesh.getTrianglesRaw(), 3 * numTriangles, random);
+    fillBits(mesh.getTriangleNormalsRaw(), 3 * numTriangles, random);
+    mesh.resizeTriStripArrays(1000, 2);
+    mesh.resizeTriFanArrays(3, 1);
+    mesh.resizeLineStripArrays(1001, 2);
+    mesh.resizePolyArrays(4, 1);
+    for (koGeom::MeshSequence* sequence :
+         {&mesh.getTriStrips(), &mesh.getTriFans(), &mesh.getLineStrips(), &mesh.getPolys()}) {
+        fillBits(sequence->points().elements(), sequence->points().count(), random);
+        fillBits(sequence->lengths().elements(), sequence->lengths().count(), random);
+    }
+    mesh.setDrawFlags(0x5a5a);
+    mesh.setFlatShaded(false);
 }
 
 } // namespace koGeomTest

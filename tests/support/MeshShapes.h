@@ -14,4 +14,12 @@ void makeTorus(koGeom::CompactMesh& mesh, int nu, int nv);
 /// z = bit 2 of i) and 12 outward-facing triangles.
 void makeCube(koGeom::CompactMesh& mesh);
 
+/// Gives the empty `mesh` every array a mesh file can hold, filled with random bit patterns
+/// from `seed` (NaN payloads and negative zeros included): `numVertices` vertices with
+/// normals, UVs, STs and colours; `numTriangles` triangles with supplied (not computed)
+/// triangle normals; strips of 1000 points in 2 sequences, fans of 3 in 1, line strips of 1001
+/// in 2, polygons of 4 in 1; attributes "weight", "offset", "tangent" and "tint" of one to four
+/// floats marked for storage; draw flags 0x5a5a and flat shading off.
+void fillEveryArray(koGeom::CompactMesh& mesh, int numVertices, int numTriangles, unsigned seed);
+
 } // namespace koGeomTest
