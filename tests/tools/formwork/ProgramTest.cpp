@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -28,16 +30,25 @@ bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void writeFile(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+// True when `text` is one line.
+bool oneLine(const std::string& text) { return text.find('\n') == text.size() - 1; }
+
 TEST(Program, ExitCodesTellDoneBadInputAndBadUsageApart) {
     ScratchDirectory dir;
-    const std::string torus = dir / "torus.obj";
+    const std::string torus = dir / "torus.fwpk";
     ASSERT_EQ(runProgram({"make-torus", torus, "--segments", "8", "--rings", "4"}, dir).exitCode,
               0);
-    {
-        std::FILE* junk = std::fopen((dir / "junk.obj").c_str(), "w");
-        std::fputs("this is not a mesh\n", junk);
-        std::fclose(junk);
-    }
+    writeFile(dir / "junk.obj", "this is not a mesh\n");
+    writeFile(dir / "cut.fwpk", readFile(torus).substr(0, 300));
     const struct {
         std::vector<std::string> arguments;
         int exitCode;
@@ -53,14 +64,18 @@ TEST(Program, ExitCodesTellDoneBadInputAndBadUsageApart) {
         {{"import", torus, dir / "out.xyz"}, 2, ""},
         {{"import", torus, dir / "out.obj", "--scale", "-1"}, 2, ""},
         {{"subdivide", torus, dir / "s.obj", "--levels", "1", "--undo", "2"}, 2, ""},
+        {{"dump", torus, "--max-values", "-1"}, 2, ""},
         {{"info", dir / "missing.obj"},
          1,
          "formwork: " + (dir / "missing.obj") + ": No such file or directory\n"},
-        {{"render", dir / "missing.fwpk", dir / "t.png"},
+        {{"dump", dir / "missing.fwpk"},
          1,
          "formwork: " + (dir / "missing.fwpk") + ": No such file or directory\n"},
+        {{"info", dir / ""}, 1, "formwork: " + (dir / "") + ": Is a directory\n"},
         {{"export", torus, dir / "no-such-dir/out.obj"}, 1, ""},
         {{"info", dir / "junk.obj"}, 1, ""},
+        {{"render", dir / "cut.fwpk", dir / "t.png"}, 1, ""},
+        {{"dump", dir / "junk.obj"}, 1, ""},
     };
     for (const auto& c : cases) {
         std::string words;
@@ -73,25 +88,43 @@ TEST(Program, ExitCodesTellDoneBadInputAndBadUsageApart) {
         if (!c.errorLine.empty()) {
             EXPECT_EQ(run.err, c.errorLine);
         } else if (c.exitCode == 1) {
-            // One line that names the file.
-            EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
-            EXPECT_TRUE(contains(run.err, dir / "")) << run.err;
+            EXPECT_TRUE(oneLine(run.err)) << run.err;
+            EXPECT_TRUE(contains(run.err, "formwork: " + (dir / ""))) << run.err;
         } else if (c.exitCode == 0) {
             EXPECT_TRUE(contains(run.out, "Usage: formwork")) << run.out;
         }
     }
 }
 
+TEST(Program, PacketFileHoldsTheTorusExactlyAndImportScalesOnlyPositions) {
+    ScratchDirectory dir;
+    const ProgramRun made = runProgram({"make-torus", dir / "t.fwpk"}, dir);
+    ASSERT_EQ(made.exitCode, 0) << made.err;
+    EXPECT_EQ(made.out, "wrote " + (dir / "t.fwpk") + ": 1 mesh, 1225 vertices, 2304 triangles\n");
+    const MeshList torus = readBack(dir / "t.fwpk");
+    EXPECT_EQ(compareMeshLists(torus, torusList(48, 24)), "");
+    ASSERT_EQ(runProgram({"-q", "import", "--scale", "2", dir / "t.fwpk", dir / "big.fwpk"}, dir)
+                  .exitCode,
+              0);
+    const MeshList big = readBack(dir / "big.fwpk");
+    ASSERT_EQ(big.size(), 1u);
+    for (int i = 0; i < 3 * 1225; ++i) {
+        ASSERT_EQ(big[0]->getVerticesRaw()[i], 2.0f * torus[0]->getVerticesRaw()[i]) << i;
+    }
+    big[0]->getVerticesRaw()[0] = torus[0]->getVerticesRaw()[0];
+    EXPECT_EQ(std::vector<float>(big[0]->getNormalsRaw(), big[0]->getNormalsRaw() + 3 * 1225),
+              std::vector<float>(torus[0]->getNormalsRaw(), torus[0]->getNormalsRaw() + 3 * 1225));
+}
+
 TEST(Program, InfoReportsTheTorusAsAClosedSurfaceOfGenusOne) {
     ScratchDirectory dir;
-    const std::string torus = dir / "torus.obj";
+    const std::string torus = dir / "torus.fwpk";
     ASSERT_EQ(runProgram({"make-torus", torus}, dir).exitCode, 0);
     const ProgramRun json = runProgram({"info", "--json", torus}, dir);
     ASSERT_EQ(json.exitCode, 0) << json.err;
     for (const char* member :
          {"\"vertices\": 1225", "\"triangles\": 2304",
-          "\"channels\": [\"vertices\", \"normals\", "
-          "\"uvs\", \"colours\"]",
+          "\"channels\": [\"vertices\", \"normals\", \"uvs\", \"colours\"]",
           "\"min\": [-1.39999998, -0.400000006, -1.39999998]", "\"edges\": 3456",
           "\"boundaryLoops\": 0", "\"eulerCharacteristic\": 0", "\"genus\": 1",
           "\"sizeInBytes\": 87520"}) {
@@ -103,11 +136,35 @@ TEST(Program, InfoReportsTheTorusAsAClosedSurfaceOfGenusOne) {
     EXPECT_EQ(text.err, "");
 }
 
+TEST(Program, DumpListsEveryPacketAndStopsAtTheDamage) {
+    ScratchDirectory dir;
+    const std::string torus = dir / "torus.fwpk";
+    ASSERT_EQ(runProgram({"make-torus", torus}, dir).exitCode, 0);
+    const ProgramRun text = runProgram({"dump", torus}, dir);
+    ASSERT_EQ(text.exitCode, 0) << text.err;
+    // The header, then 1000-element blocks: 2 of vertices, 3 of triangles, 2 each of normals,
+    // UVs and colours.
+    EXPECT_EQ(text.out.rfind("packet 0 at 16: ko.tz.mesh (object 1)", 0), 0u) << text.out;
+    EXPECT_TRUE(contains(text.out, "packet 11 at ")) << text.out;
+    EXPECT_TRUE(contains(text.out, ": ko.tz.mesh.colours, payload ")) << text.out;
+    EXPECT_EQ(text.out.substr(text.out.size() - 11), "12 packets\n");
+    const ProgramRun json = runProgram({"dump", "--json", torus}, dir);
+    EXPECT_TRUE(contains(json.out, "\"packetCount\":12,\"error\":null")) << json.out;
+
+    writeFile(dir / "cut.fwpk", readFile(torus).substr(0, 20000));
+    const ProgramRun cut = runProgram({"dump", dir / "cut.fwpk"}, dir);
+    EXPECT_EQ(cut.exitCode, 1);
+    EXPECT_TRUE(oneLine(cut.err)) << cut.err;
+    // Packet 3, the first of triangles, starts at about 15,000 and runs past 20,000.
+    EXPECT_TRUE(contains(cut.err, "formwork: " + (dir / "cut.fwpk") + ": packet 3 at byte "))
+        << cut.err;
+    EXPECT_TRUE(contains(cut.out, "packet 2 at ")) << cut.out; // listed up to the damage
+}
+
 TEST(Program, ExportsReadBackAsTheSameClosedTorusInEveryFormat) {
     ScratchDirectory dir;
-    const std::string torus = dir / "torus.obj";
+    const std::string torus = dir / "torus.fwpk";
     ASSERT_EQ(runProgram({"-q", "make-torus", torus}, dir).exitCode, 0);
-    const MeshList original = readBack(torus);
     for (const char* format : {"ply", "glb", "stl", "obj"}) {
         SCOPED_TRACE(format);
         const std::string out = dir / (std::string("again.") + format);
@@ -120,35 +177,31 @@ TEST(Program, ExportsReadBackAsTheSameClosedTorusInEveryFormat) {
         EXPECT_TRUE(contains(info.out, "\"max\": [1.39999998, 0.400000006, 1.39999998]"))
             << info.out;
     }
-    // OBJ keeps every channel exactly (once read, the order of the vertices is stable too).
-    EXPECT_EQ(compareMeshLists(readBack(dir / "again.obj"), original), "");
+    // OBJ keeps every channel exactly; read back, the order of its vertices is stable too.
+    ASSERT_EQ(runProgram({"import", dir / "again.obj", dir / "again.fwpk"}, dir).exitCode, 0);
+    ASSERT_EQ(runProgram({"export", dir / "again.fwpk", dir / "twice.obj"}, dir).exitCode, 0);
+    EXPECT_EQ(compareMeshLists(readBack(dir / "twice.obj"), readBack(dir / "again.obj")), "");
 }
 
-TEST(Program, ImportScalesAndMergesNodes) {
+TEST(Program, ImportMergesNodesOnlyWhenAsked) {
     ScratchDirectory dir;
     MeshList two = torusList(8, 4);
     two.push_back(torusList(6, 3)[0]);
     std::string error;
     ASSERT_TRUE(formworkTool::exportWithAssimp(dir / "two.glb", two, 1.0, error)) << error;
-    const ProgramRun apart = runProgram({"import", dir / "two.glb", dir / "apart.obj"}, dir);
+    const ProgramRun apart = runProgram({"import", dir / "two.glb", dir / "apart.fwpk"}, dir);
     EXPECT_EQ(apart.out,
-              "wrote " + (dir / "apart.obj") + ": 2 meshes, 73 vertices, 100 triangles\n");
+              "wrote " + (dir / "apart.fwpk") + ": 2 meshes, 73 vertices, 100 triangles\n");
     const ProgramRun merged =
-        runProgram({"import", "--merge", "--scale", "2", dir / "two.glb", dir / "one.obj"}, dir);
-    EXPECT_EQ(merged.out, "wrote " + (dir / "one.obj") + ": 1 mesh, 73 vertices, 100 triangles\n");
-    const MeshList one = readBack(dir / "one.obj");
-    ASSERT_EQ(one.size(), 1u);
-    koGeom::BoundingBox box;
-    one[0]->getBoundingBox(box);
-    EXPECT_FLOAT_EQ(box.maxPt().x, 2.8f);
-    EXPECT_FLOAT_EQ(box.minPt().y, -0.8f);
+        runProgram({"import", "--merge", dir / "two.glb", dir / "one.fwpk"}, dir);
+    EXPECT_EQ(merged.out, "wrote " + (dir / "one.fwpk") + ": 1 mesh, 73 vertices, 100 triangles\n");
 }
 
 TEST(Program, RenderWritesThePictureAndNothingOnStderr) {
     ScratchDirectory dir;
-    ASSERT_EQ(runProgram({"make-torus", dir / "t.obj"}, dir).exitCode, 0);
+    ASSERT_EQ(runProgram({"make-torus", dir / "t.fwpk"}, dir).exitCode, 0);
     const ProgramRun run = runProgram(
-        {"render", dir / "t.obj", dir / "t.png", "--width", "80", "--height", "60", "--wireframe"},
+        {"render", dir / "t.fwpk", dir / "t.png", "--width", "80", "--height", "60", "--wireframe"},
         dir);
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.out, "wrote " + (dir / "t.png") + ": 80 x 60 pixels\n");
@@ -162,9 +215,9 @@ TEST(Program, RenderWritesThePictureAndNothingOnStderr) {
 
 TEST(Program, SubdivideSavesAStatePerLevelAndUndoReturnsToOne) {
     ScratchDirectory dir;
-    ASSERT_EQ(runProgram({"make-torus", dir / "t.obj"}, dir).exitCode, 0);
+    ASSERT_EQ(runProgram({"make-torus", dir / "t.fwpk"}, dir).exitCode, 0);
     const ProgramRun run = runProgram(
-        {"subdivide", dir / "t.obj", dir / "s.obj", "--levels", "2", "--undo", "1"}, dir);
+        {"subdivide", dir / "t.fwpk", dir / "s.fwpk", "--levels", "2", "--undo", "1"}, dir);
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.out,
               "level 0: 1152 vertices, 2304 faces\n"
@@ -172,16 +225,17 @@ TEST(Program, SubdivideSavesAStatePerLevelAndUndoReturnsToOne) {
               "level 2: 10368 vertices, 20736 faces\n"
               "undo 1: setState back to level 1: 3456 vertices, 6912 faces\n"
               "wrote " +
-                  (dir / "s.obj") + ": 1 mesh, 3456 vertices, 6912 triangles\n");
+                  (dir / "s.fwpk") + ": 1 mesh, 3456 vertices, 6912 triangles\n");
     // Relaxing pulls the old vertices inward; keeping them leaves the box as it was.
     koGeom::BoundingBox relaxed;
-    readBack(dir / "s.obj")[0]->getBoundingBox(relaxed);
+    readBack(dir / "s.fwpk")[0]->getBoundingBox(relaxed);
     EXPECT_LT(relaxed.maxPt().x, 1.399f);
-    ASSERT_EQ(runProgram({"-q", "subdivide", dir / "t.obj", dir / "k.obj", "--keep-vertices"}, dir)
-                  .exitCode,
-              0);
+    ASSERT_EQ(
+        runProgram({"-q", "subdivide", dir / "t.fwpk", dir / "k.fwpk", "--keep-vertices"}, dir)
+            .exitCode,
+        0);
     koGeom::BoundingBox kept;
-    readBack(dir / "k.obj")[0]->getBoundingBox(kept);
+    readBack(dir / "k.fwpk")[0]->getBoundingBox(kept);
     EXPECT_FLOAT_EQ(kept.maxPt().x, 1.4f);
 }
 
