@@ -106,16 +106,17 @@ ko::Reference<koGeom::CompactMesh> buildMesh(const std::vector<Part>& parts) {
     for (const Part& part : parts) {
         const aiMesh& mesh = *part.mesh;
         const int base = arrays.numVertices();
-        const bool asGiven = part.transform.IsIdentity();
+        // Exactly the identity: assimp's own IsIdentity allows a hundredth off.
+        const bool asGiven = part.transform == aiMatrix4x4();
         aiMatrix3x3 normalMatrix(part.transform);
         normalMatrix.Inverse().Transpose();
         for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
-            const aiVector3D p = part.transform * mesh.mVertices[i];
+            // Under the identity the file's positions are taken as they are (even −0 stays).
+            const aiVector3D p = asGiven ? mesh.mVertices[i] : part.transform * mesh.mVertices[i];
             arrays.positions.insert(arrays.positions.end(), {p.x, p.y, p.z});
             if (anyNormals) {
                 aiVector3D n = mesh.HasNormals() ? mesh.mNormals[i] : aiVector3D();
                 if (!asGiven) {
-                    // Only a node transform changes a normal: the file's own stay bit for bit.
                     n = normalMatrix * n;
                     n.NormalizeSafe();
                 }

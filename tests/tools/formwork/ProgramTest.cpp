@@ -197,6 +197,37 @@ TEST(Program, ImportMergesNodesOnlyWhenAsked) {
     EXPECT_EQ(merged.out, "wrote " + (dir / "one.fwpk") + ": 1 mesh, 73 vertices, 100 triangles\n");
 }
 
+TEST(Program, ImportPlacesNodesByTheirTransformsAndKeepsMirroredTrianglesOutward) {
+    // One triangle (0, 0, 0), (1, 0, 0), (0, 1, 0) under two nodes: one moves it by 0.005 in x
+    // (closer to the identity than assimp's own identity test can tell), one mirrors x.
+    ScratchDirectory dir;
+    writeFile(dir / "placed.gltf",
+              R"({"asset": {"version": "2.0"}, "scene": 0,
+        "scenes": [{"nodes": [0, 1]}],
+        "nodes": [{"mesh": 0, "translation": [0.005, 0, 0]}, {"mesh": 0, "scale": [-1, 1, 1]}],
+        "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "indices": 1}]}],
+        "buffers": [{"byteLength": 44, "uri": "data:application/octet-stream;base64,)"
+              R"(AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAAAAABAAIAAAA="}],
+        "bufferViews": [{"buffer": 0, "byteLength": 36}, {"buffer": 0, "byteOffset": 36,
+                         "byteLength": 6}],
+        "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3",
+                       "min": [0, 0, 0], "max": [1, 1, 0]},
+                      {"bufferView": 1, "componentType": 5123, "count": 3, "type": "SCALAR"}]})");
+    ASSERT_EQ(runProgram({"-q", "import", dir / "placed.gltf", dir / "placed.fwpk"}, dir).exitCode,
+              0);
+    const MeshList placed = readBack(dir / "placed.fwpk");
+    ASSERT_EQ(placed.size(), 2u);
+    const std::vector<float> expected[2] = {{0.005f, 0, 0, 1.005f, 0, 0, 0.005f, 1, 0},
+                                            {-0.0f, 0, 0, -1, 0, 0, -0.0f, 1, 0}};
+    const std::vector<int> corners[2] = {{0, 1, 2}, {0, 2, 1}}; // the mirror turns them
+    for (std::size_t i = 0; i < 2; ++i) {
+        const float* p = placed[i]->getVerticesRaw();
+        EXPECT_EQ(std::vector<float>(p, p + 9), expected[i]) << i;
+        const int* t = placed[i]->getTrianglesRaw();
+        EXPECT_EQ(std::vector<int>(t, t + 3), corners[i]) << i;
+    }
+}
+
 TEST(Program, RenderWritesThePictureAndNothingOnStderr) {
     ScratchDirectory dir;
     ASSERT_EQ(runProgram({"make-torus", dir / "t.fwpk"}, dir).exitCode, 0);
