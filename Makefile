@@ -13,7 +13,7 @@ CLANG_PACKAGES := clang libclang-rt-dev
 # Doxygen and Graphviz for the API reference (`make docs`).
 DOCS_PACKAGES := doxygen graphviz
 
-.PHONY: all test asan asan-clang bench fuzz build deps docs format clean
+.PHONY: all test asan asan-clang bench fuzz build deps docs package format clean
 
 all: test
 
@@ -55,6 +55,17 @@ fuzz:
 docs:
 	@cmake/install-packages.sh $(DOCS_PACKAGES)
 	cmake/build-docs.sh build/docs
+
+# A .deb and a .tar.gz of the libraries, headers, CMake and pkg-config files, the program and
+# the docs (CPack, release build), then a check that the unpacked .deb serves a consumer and
+# runs the program.
+package:
+	@cmake/install-packages.sh $(BUILD_PACKAGES)
+	cmake --preset package $(CMAKE_ARGS)
+	cmake --build --preset package -j $(JOBS)
+	cpack --preset package
+	cmake -DPACKAGE_DIR=build/package -DCONSUMER_SOURCE_DIR=tests/install/consumer \
+		-DCXX_COMPILER=$${CXX:-c++} -P tests/install/PackageConsume.cmake
 
 format:
 	git ls-files '*.h' '*.cpp' '*.inl' | xargs clang-format -i
