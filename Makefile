@@ -15,7 +15,7 @@ CLANG_PACKAGES := clang libclang-rt-dev
 # Doxygen and Graphviz for the API reference (`make docs`).
 DOCS_PACKAGES := doxygen graphviz
 
-.PHONY: all test asan asan-clang bench build demo deps docs format fuzz clean
+.PHONY: all test asan asan-clang bench build demo deps docs format fuzz package clean
 
 all: test
 
@@ -75,6 +75,17 @@ fuzz:
 docs:
 	@cmake/install-packages.sh $(DOCS_PACKAGES)
 	cmake/build-docs.sh build/docs
+
+# A .deb and a .tar.gz of the libraries, headers, CMake and pkg-config files, the program and
+# the docs (CPack, release build), then a check that the unpacked .deb serves a consumer and
+# runs the program.
+package:
+	@cmake/install-packages.sh $(BUILD_PACKAGES) $(TOOL_PACKAGES)
+	cmake --preset package $(CMAKE_ARGS)
+	cmake --build --preset package -j $(JOBS)
+	cpack --preset package
+	cmake -DPACKAGE_DIR=build/package -DCONSUMER_SOURCE_DIR=tests/install/consumer \
+		-DCXX_COMPILER=$${CXX:-c++} -P tests/install/PackageConsume.cmake
 
 format:
 	git ls-files '*.h' '*.cpp' '*.inl' | xargs clang-format -i

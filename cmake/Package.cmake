@@ -14,8 +14,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-    "Geometry definitions for interactive 3-D modelling\n\
-Point and triangle meshes with attribute channels and change notices, a half-edge mesh with\n\
+    "Point and triangle meshes with attribute channels and change notices, a half-edge mesh with\n\
 undo through saved states, curves, spatial trees, a camera and a packet file format, with\n\
 the formwork program to import, inspect, convert and render its files.")
 # The program's libraries at run time; the headers need a C++20 compiler and the packet
@@ -23,8 +22,9 @@ the formwork program to import, inspect, convert and render its files.")
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libassimp5, libspng0, libxxhash-dev, libc6, libstdc++6")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS OFF)
 
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}
+set(FORMWORK_DOC_INSTALL_DIR ${CMAKE_INSTALL_DATAROOTDIR}/doc/formwork)
+install(FILES README.md DESTINATION ${FORMWORK_DOC_INSTALL_DIR})
+install(DIRECTORY docs/ DESTINATION ${FORMWORK_DOC_INSTALL_DIR}
     FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png")
 
 include(CPack)
