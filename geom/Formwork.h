@@ -57,6 +57,7 @@
 #include "geom/storage/BitVector.h"
 #include "geom/storage/MoveableArrayAllocator.h"
 #include "geom/storage/Remap.h"
+#include "geom/topomesh/SubdivideSqrt3.h"
 #include "geom/topomesh/TopoMesh.h"
 #include "geom/topomesh/TopoMeshAlloc.h"
 #include "geom/topomesh/TopoMeshAllocatorT.h"

@@ -8,6 +8,7 @@
 
 #include "bench/support/MemcpyBaseline.h"
 #include "bench/topomesh/LibrarySides.h"
+#include "geom/topomesh/SubdivideSqrt3.h"
 #include "geom/topomesh/TopoMesh.h"
 #include "geom/topomesh/TopoMeshEdgeVertexIterator.h"
 
@@ -203,18 +204,11 @@ void smooth(benchmark::State& state) {
         });
 }
 
-// subdivideFace(face, centroid) on each old face, then swapEdge on each old edge's primary
-// half-edge.
+// subdivideSqrt3 with the old vertices kept: subdivideFace(face, centroid) on each old face,
+// then swapEdge on each old edge's primary half-edge, as the peers do.
 void sqrt3(benchmark::State& state) {
-    runEdit(state, sqrt3Task, sqrt3Figures(benchGrid()), [](TopoMesh& mesh) {
-        const std::vector<TopoMeshEdge> oldEdges = listPrimaryEdges(mesh);
-        for (const TopoMeshFace face : listFaces(mesh)) {
-            mesh.subdivideFace(face, face.centroid());
-        }
-        for (const TopoMeshEdge edge : oldEdges) {
-            mesh.swapEdge(edge);
-        }
-    });
+    runEdit(state, sqrt3Task, sqrt3Figures(benchGrid()),
+            [](TopoMesh& mesh) { koGeom::subdivideSqrt3(mesh, koGeom::Sqrt3Vertices::Kept); });
 }
 
 // subdivideFace(face, centroid) on each face, then deleteVertex of each new centre vertex
