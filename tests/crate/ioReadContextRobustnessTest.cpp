@@ -5,11 +5,14 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <deque>
 #include <memory>
 #include <random>
+#include <sstream>
 #include <string>
 
+#include "crate/ioPacketPrinter.h"
 #include "crate/ioPacketRegistry.h"
 #include "crate/ioPacketWalker.h"
 #include "crate/ioReadContext.h"
@@ -76,6 +79,29 @@ private:
     Built& built_;
 };
 
+/// Brackets balance outside strings, and the document ends its outer object.
+bool balancedJson(const std::string& json) {
+    std::string open;
+    bool inString = false;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (inString) {
+            i += c == '\\' ? 1 : 0;
+            inString = c != '"';
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            open += c;
+        } else if (c == ']' || c == '}') {
+            if (open.empty() || open.back() != (c == ']' ? '[' : '{')) {
+                return false;
+            }
+            open.pop_back();
+        }
+    }
+    return open.empty() && !inString && json.ends_with("}\n");
+}
+
 /// Reads `file` twice, through the walker and through a registry. True when both succeed.
 bool readBothWays(const Bytes& file) {
     ioReadContext walked(file.data(), file.size());
@@ -95,13 +121,38 @@ bool readBothWays(const Bytes& file) {
     return walkedOk && readOk;
 }
 
+// Every cut of the sample file, the whole one included: read through the walker and through a
+// registry, it fails unless cut at a packet boundary; read from disk, it gives what its bytes
+// give in memory, to the byte; printed, its JSON closes every bracket and, like the text
+// listing, names the error.
 TEST(IoReadContextRobustness, EveryTruncationFailsUnlessAtAPacketBoundary) {
+    const crateTest::TempDir dir;
+    const std::string path = dir.file("cut.fwpk");
     const Bytes file = crateTest::sampleFile();
-    ASSERT_TRUE(readBothWays(file));
-    for (std::size_t size = 0; size < file.size(); ++size) {
+    for (std::size_t size = 0; size <= file.size(); ++size) {
         SCOPED_TRACE(size);
-        const bool boundary = size == 16 || size == 126 || size == 183;
-        EXPECT_EQ(readBothWays(Bytes(file.begin(), file.begin() + size)), boundary);
+        const Bytes cut(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size));
+        const bool boundary = size == 16 || size == 126 || size == 183 || size == file.size();
+        EXPECT_EQ(readBothWays(cut), boundary);
+        std::FILE* out = std::fopen(path.c_str(), "wb");
+        ASSERT_EQ(std::fwrite(cut.data(), 1, size, out), size);
+        std::fclose(out);
+        ioReadContext fromDisk(path);
+        ioReadContext fromMemory(cut.data(), size);
+        ioPacketVisitor ignore;
+        EXPECT_EQ(walkPacketFile(fromDisk, ignore), walkPacketFile(fromMemory, ignore));
+        EXPECT_EQ(fromDisk.getPacketIndex(), fromMemory.getPacketIndex());
+        EXPECT_EQ(fromDisk.error().toString(), fromMemory.error().toString());
+        for (const bool json : {true, false}) {
+            ioReadContext in(cut.data(), size);
+            std::ostringstream printed;
+            printPacketFile(in, printed, {json, 2});
+            const std::string listing = printed.str();
+            EXPECT_TRUE(!json || balancedJson(listing)) << listing;
+            EXPECT_EQ(listing.find(json ? "\"error\":null" : "error: ") == std::string::npos,
+                      json != boundary)
+                << listing;
+        }
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <bit>
 #include <cstring>
 
@@ -96,33 +95,15 @@ TEST(PacketValues, AValueOfAnotherShapeIsRefusedAndSkipped) {
     EXPECT_TRUE(c.ok()) << c.error().toString();
 }
 
-std::array<double, 6> fields(const Viewport& v) {
-    std::array<double, 6> f;
-    v.getOrigin(f[0], f[1]);
-    v.getSize(f[2], f[3]);
-    v.getDepthRange(f[4], f[5]);
-    return f;
-}
-
-std::array<double, 7> fields(const EyeSpaceFrustum& e) {
-    koLinear::Tuple2 leftBottom;
-    koLinear::Tuple2 rightTop;
-    e.getFrame(leftBottom, rightTop);
-    return {leftBottom.x,
-            leftBottom.y,
-            rightTop.x,
-            rightTop.y,
-            e.getNearDist(),
-            e.getFarDist(),
-            e.getOrthographic() ? 1.0 : 0.0};
-}
-
+// Every field set to a value no default has (the frustum off-centre, so that a depth change
+// keeping the angle would show): what reads back writes the same bytes, and the camera's
+// sub-packet is read whole.
 TEST(PacketValues, CamerasWithTheirViewportsAndFrustaRoundTripEveryField) {
     Viewport viewport;
     viewport.setOrigin(-3.25, 12.0);
     viewport.setSize(640.0, 480.5);
     viewport.setDepthRange(0.125, 0.75);
-    EyeSpaceFrustum frustum; // off-centre, so a depth change that keeps the angle would show
+    EyeSpaceFrustum frustum;
     frustum.setFrame({-1.0, -2.0}, {3.0, 0.5});
     frustum.setDepthRange(0.3, 250.0, false);
     frustum.setOrthographic(true);
@@ -131,26 +112,21 @@ TEST(PacketValues, CamerasWithTheirViewportsAndFrustaRoundTripEveryField) {
     camera.setViewport(viewport);
     camera.setFrustum(frustum);
     camera.setOpenFrustum(true);
-    const Bytes bytes = koGeomTest::packetBytes([&](ioWriteContext& c) {
-        c.startPacket("test.view");
-        writeCamera(c, camera);
-        c.endPacket();
-    });
+    const auto bytesOf = [](const Camera& camera) {
+        return koGeomTest::packetBytes([&](ioWriteContext& c) {
+            c.startPacket("test.view");
+            writeCamera(c, camera);
+            c.endPacket();
+        });
+    };
+    const Bytes bytes = bytesOf(camera);
     ioReadContext c(bytes.data(), bytes.size());
     ASSERT_TRUE(c.nextPacket());
     ReadInterface reader(c);
     Camera read;
     ASSERT_TRUE(reader.readCamera(read));
     EXPECT_FALSE(reader.readViewport(viewport)); // nothing left
-    read.getViewport(viewport);
-    read.getFrustum(frustum);
-    koLinear::AffineMatrix worldToEye[2];
-    read.getWorldToEye(worldToEye[0]);
-    camera.getWorldToEye(worldToEye[1]);
-    EXPECT_EQ(fields(viewport), (std::array<double, 6>{-3.25, 12.0, 640.0, 480.5, 0.125, 0.75}));
-    EXPECT_EQ(fields(frustum), (std::array<double, 7>{-1.0, -2.0, 3.0, 0.5, 0.3, 250.0, 1.0}));
-    EXPECT_EQ(std::memcmp(&worldToEye[0], &worldToEye[1], sizeof(worldToEye[0])), 0);
-    EXPECT_TRUE(read.getOpenFrustum());
+    EXPECT_EQ(bytesOf(read), bytes);
 }
 
 } // namespace
