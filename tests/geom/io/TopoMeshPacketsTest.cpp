@@ -86,7 +86,7 @@ void readTagged(ioReadContext& context) {
 TopoMesh* target = nullptr;
 
 // Deliberate: a derived mesh's record packets keep the whole default name behind its base.
-TEST(TopoMeshPackets, DerivedMeshHooksRoundTripUnderItsBaseNameDeliberate) {
+TEST(TopoMeshPackets, DerivedMeshesRoundTripUnderTheirBaseNameDeliberateIntoEmptyMeshesOnly) {
     TaggedMesh source;
     source.title = "tagged";
     const auto v = buildTopoMesh(source, {"", {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {{0, 1, 2}}});
