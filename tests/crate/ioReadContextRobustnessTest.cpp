@@ -142,10 +142,10 @@ TEST(IoReadContextRobustness, EveryTruncationFailsUnlessAtAPacketBoundary) {
         const bool boundary = size == 16 || size == 126 || size == 183 || size == file.size();
         EXPECT_EQ(readEveryWay(cut), boundary);
         std::FILE* out = std::fopen(path.c_str(), "wb");
-        ASSERT_EQ(std::fwrite(cut.data(), 1, size, out), size);
+        ASSERT_EQ(std::fwrite(file.data(), 1, size, out), size);
         std::fclose(out);
         ioReadContext fromDisk(path);
-        ioReadContext fromMemory(cut.data(), size);
+        ioReadContext fromMemory(file.data(), size);
         ioPacketVisitor ignore;
         EXPECT_EQ(walkPacketFile(fromDisk, ignore), walkPacketFile(fromMemory, ignore));
         EXPECT_EQ(fromDisk.getPacketIndex(), fromMemory.getPacketIndex());

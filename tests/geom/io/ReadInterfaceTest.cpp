@@ -260,7 +260,7 @@ TEST(ReadInterface, APacketHandedOverThroughAnotherContextIsNotRead) {
 }
 
 // Every cut of a file of every packet reads cleanly, never with both half-edge meshes whole;
-// bit flips and overwrites, half of them resealed so that the damage passes the checksum and
+// bit flips and overwrites, most of them resealed so that the damage passes the checksum and
 // meets the readers' own checks, never upset them.
 TEST(ReadInterface, SurvivesEveryTruncationAndThousandsOfDamagedBytes) {
     const Bytes bytes = koGeomTest::FileOfEveryPacket().bytes;
@@ -271,11 +271,11 @@ TEST(ReadInterface, SurvivesEveryTruncationAndThousandsOfDamagedBytes) {
     }
     std::mt19937 random(2024);
     int accepted = 0;
-    for (int i = 0; i < 8000; ++i) {
+    for (int i = 0; i < 3000; ++i) {
         Bytes damaged = bytes;
         std::uint8_t& byte = damaged[16 + random() % (damaged.size() - 16)];
-        byte = i % 4 < 2 ? static_cast<std::uint8_t>(random()) : byte ^ (1u << (random() % 8));
-        if (i % 2 != 0) {
+        byte = i % 2 == 0 ? static_cast<std::uint8_t>(random()) : byte ^ (1u << (random() % 8));
+        if (i % 4 != 0) {
             formworkFuzz::resealPackets(damaged);
         }
         const MeshRead read = readMeshes(damaged);
