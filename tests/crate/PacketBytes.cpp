@@ -1,26 +1,13 @@
 #include "tests/crate/PacketBytes.h"
 
-#include <xxhash.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
-#include <cstring>
 
 #include "crate/ioWriteContext.h"
 
 namespace crateTest {
-
-Bytes fileHeader(std::uint16_t major, std::uint16_t minor) {
-    Bytes bytes = {'F',
-                   'W',
-                   'P',
-                   'K',
-                   static_cast<std::uint8_t>(major),
-                   static_cast<std::uint8_t>(major >> 8),
-                   static_cast<std::uint8_t>(minor),
-                   static_cast<std::uint8_t>(minor >> 8)};
-    bytes.resize(16, 0);
-    return bytes;
-}
 
 void appendVarint(Bytes& bytes, std::uint64_t value) {
     for (; value >= 0x80; value >>= 7) {
@@ -36,9 +23,10 @@ Bytes chunk(const Bytes& values) {
     return bytes;
 }
 
-void appendPacket(Bytes& file, std::uint64_t typeId, std::string_view newName,
-                  std::uint64_t reference, const Bytes& payload) {
-    const std::size_t start = file.size();
+Bytes sealedFile(std::uint64_t typeId, std::string_view newName, std::uint64_t reference,
+                 const Bytes& payload) {
+    Bytes file = {'F', 'W', 'P', 'K', 1, 0, 0, 0}; // version 1.0, then flags and reserved
+    file.resize(16, 0);
     appendVarint(file, typeId);
     if (typeId == 0) {
         appendVarint(file, newName.size());
@@ -47,11 +35,19 @@ void appendPacket(Bytes& file, std::uint64_t typeId, std::string_view newName,
     appendVarint(file, reference);
     appendVarint(file, payload.size());
     file.insert(file.end(), payload.begin(), payload.end());
-    const std::uint64_t sum = XXH3_64bits(file.data() + start, file.size() - start);
-    for (int i = 0; i < 8; ++i) {
-        file.push_back(static_cast<std::uint8_t>(sum >> (8 * i)));
-    }
+    file.resize(file.size() + 8); // the checksum
+    resealPackets(file);
+    return file;
 }
+
+TempDir::TempDir() {
+    const auto* info = testing::UnitTest::GetInstance()->current_test_info();
+    path_ = std::filesystem::temp_directory_path() /
+            ("crateTests-" + std::string(info->name()) + "-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(path_);
+}
+
+TempDir::~TempDir() { std::filesystem::remove_all(path_); }
 
 Bytes sampleFile() {
     static int objects[3];

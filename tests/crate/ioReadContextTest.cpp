@@ -7,8 +7,10 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "crate/ioWriteContext.h"
@@ -66,21 +68,17 @@ TEST(IoReadContext, EveryValueKindRoundTripsBitForBit) {
     EXPECT_FALSE(in.readBool());
     EXPECT_EQ(in.readString(), text);
     EXPECT_EQ(in.readString(), "");
-    float floatsBack[4];
-    double doublesBack[4];
-    std::int32_t intsBack[4];
-    std::uint32_t uintsBack[3];
-    std::uint8_t bytesBack[3];
-    EXPECT_EQ(in.readFloatArray(floatsBack, 4), 4u);
-    EXPECT_EQ(in.readDoubleArray(doublesBack, 4), 4u);
-    EXPECT_EQ(in.readIntArray(intsBack, 4), 4u);
-    EXPECT_EQ(in.readUIntArray(uintsBack, 3), 3u);
-    EXPECT_EQ(in.readByteArray(bytesBack, 3), 3u);
-    EXPECT_EQ(std::memcmp(floatsBack, floats, sizeof floats), 0);
-    EXPECT_EQ(std::memcmp(doublesBack, doubles, sizeof doubles), 0);
-    EXPECT_EQ(std::memcmp(intsBack, ints, sizeof ints), 0);
-    EXPECT_EQ(std::memcmp(uintsBack, uints, sizeof uints), 0);
-    EXPECT_EQ(std::memcmp(bytesBack, bytes, sizeof bytes), 0);
+    // Each array read back whole into room of its size, then compared byte for byte.
+    const auto readsBack = [&in](const auto& values, auto read) {
+        std::remove_cvref_t<decltype(values)> back;
+        return (in.*read)(back, std::size(back)) == std::size(back) &&
+               std::memcmp(back, values, sizeof back) == 0;
+    };
+    EXPECT_TRUE(readsBack(floats, &ioReadContext::readFloatArray));
+    EXPECT_TRUE(readsBack(doubles, &ioReadContext::readDoubleArray));
+    EXPECT_TRUE(readsBack(ints, &ioReadContext::readIntArray));
+    EXPECT_TRUE(readsBack(uints, &ioReadContext::readUIntArray));
+    EXPECT_TRUE(readsBack(bytes, &ioReadContext::readByteArray));
     EXPECT_EQ(in.readFloatArray(nullptr, 0), 0u);
     EXPECT_TRUE(in.ok()) << in.error().toString();
     EXPECT_FALSE(in.nextPacket());
@@ -239,15 +237,6 @@ TEST(IoReadContext, ArrayLongerThanRoomWritesNothing) {
     EXPECT_EQ(room[2], -1.0f);
 }
 
-TEST(IoReadContext, MinorVersionsAreAccepted) {
-    std::vector<std::uint8_t> file = twoPackets();
-    file[6] = 7;
-    ioReadContext in(file.data(), file.size());
-    EXPECT_EQ(in.getMinorVersion(), 7);
-    EXPECT_TRUE(in.nextPacket());
-    EXPECT_TRUE(in.ok());
-}
-
 // Sealed packets whose contents no writer makes: each is an error, never garbage.
 TEST(IoReadContext, HostileSealedPacketsAreErrors) {
     using namespace crateTest;
@@ -257,12 +246,6 @@ TEST(IoReadContext, HostileSealedPacketsAreErrors) {
         const char* message;
         std::uint64_t byteOffset;
     };
-    const auto packet = [](std::uint64_t typeId, std::string_view name, std::uint64_t ref,
-                           const Bytes& payload) {
-        Bytes file = fileHeader();
-        appendPacket(file, typeId, name, ref, payload);
-        return file;
-    };
     Bytes deep = chunk({});
     for (int i = 0; i < 300; ++i) {
         Bytes sub = {14};
@@ -271,20 +254,21 @@ TEST(IoReadContext, HostileSealedPacketsAreErrors) {
         deep = chunk(sub);
     }
     const Case cases[] = {
-        {"BoolOfTwo", packet(0, "t", 0, chunk({6, 2})), "bool of value 2 (a bool is 0 or 1)", 22},
-        {"UnknownTag", packet(0, "t", 0, chunk({99})), "unknown value tag 99", 22},
-        {"EmptyPayload", packet(0, "t", 0, {}), "the packet has no first chunk", 21},
-        {"ChunkPastPayload", packet(0, "t", 0, {5, 1}), "a chunk runs past the end of its packet",
-         21},
-        {"UnknownTypeId", packet(3, "", 0, chunk({})),
+        {"BoolOfTwo", sealedFile(0, "t", 0, chunk({6, 2})), "bool of value 2 (a bool is 0 or 1)",
+         22},
+        {"UnknownTag", sealedFile(0, "t", 0, chunk({99})), "unknown value tag 99", 22},
+        {"EmptyPayload", sealedFile(0, "t", 0, {}), "the packet has no first chunk", 21},
+        {"ChunkPastPayload", sealedFile(0, "t", 0, {5, 1}),
+         "a chunk runs past the end of its packet", 21},
+        {"UnknownTypeId", sealedFile(3, "", 0, chunk({})),
          "unknown type id 3 (0 types introduced so far)", 16},
-        {"ReferenceOutOfSequence", packet(0, "t", 2, chunk({})),
+        {"ReferenceOutOfSequence", sealedFile(0, "t", 2, chunk({})),
          "reference 2 out of sequence (the next new reference is 1)", 19},
-        {"PointerOutOfSequence", packet(0, "t", 1, chunk({8, 3})),
+        {"PointerOutOfSequence", sealedFile(0, "t", 1, chunk({8, 3})),
          "reference 3 out of sequence (the next new reference is 2)", 22},
-        {"NameOfZeroBytes", packet(0, "", 0, chunk({})),
+        {"NameOfZeroBytes", sealedFile(0, "", 0, chunk({})),
          "type name of 0 bytes (a name has 1 to 255)", 17},
-        {"NestedTooDeep", packet(0, "t", 0, deep), "sub-packets nested deeper than 255", 0},
+        {"NestedTooDeep", sealedFile(0, "t", 0, deep), "sub-packets nested deeper than 255", 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

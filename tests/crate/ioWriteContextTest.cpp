@@ -1,36 +1,18 @@
 #include "crate/ioWriteContext.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <filesystem>
 #include <functional>
 #include <numeric>
 #include <string>
 #include <vector>
 
-#include "crate/ioPacketWalker.h"
 #include "crate/ioReadContext.h"
 #include "tests/crate/PacketBytes.h"
 
 namespace {
 
-/// A directory of its own for each test, removed after it.
-class TempDir {
-public:
-    TempDir() {
-        const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-        path_ = std::filesystem::temp_directory_path() /
-                ("crateTests-" + std::string(info->name()) + "-" + std::to_string(::getpid()));
-        std::filesystem::create_directories(path_);
-    }
-    ~TempDir() { std::filesystem::remove_all(path_); }
-    std::string file(const char* name) const { return (path_ / name).string(); }
-
-private:
-    std::filesystem::path path_;
-};
+using crateTest::TempDir;
 
 TEST(IoWriteContext, FileRoundTripAcrossOutputBlocksAndOneHugePacket) {
     // 3000 packets of 1000 floats (12 MB, many 1 MiB blocks), then one 3 MB packet.
@@ -217,26 +199,6 @@ TEST(IoWriteContext, ReferenceNumbersHoldForAnyAddressLayout) {
         for (int i = 19999; i >= 0; --i) {
             ASSERT_EQ(out.referenceOf(address(i)), i + 1);
         }
-    }
-}
-
-TEST(IoWriteContext, FilesReadAsTheirBytesDoInMemory) {
-    // Every truncation of a small file, read from disk and from memory: the same packets and
-    // the same error, to the byte.
-    TempDir dir;
-    const std::string path = dir.file("cut.fwpk");
-    const crateTest::Bytes file = crateTest::sampleFile();
-    for (std::size_t size = 0; size <= file.size(); ++size) {
-        SCOPED_TRACE(size);
-        std::FILE* out = std::fopen(path.c_str(), "wb");
-        ASSERT_EQ(std::fwrite(file.data(), 1, size, out), size);
-        std::fclose(out);
-        ioReadContext fromDisk(path);
-        ioReadContext fromMemory(file.data(), size);
-        ioPacketVisitor ignore;
-        EXPECT_EQ(walkPacketFile(fromDisk, ignore), walkPacketFile(fromMemory, ignore));
-        EXPECT_EQ(fromDisk.getPacketIndex(), fromMemory.getPacketIndex());
-        EXPECT_EQ(fromDisk.error().toString(), fromMemory.error().toString());
     }
 }
 

@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdint>
-#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "crate/ioPacketRegistry.h"
+#include "crate/ioPacketType.h"
 #include "crate/ioReadContext.h"
 #include "crate/ioWriteContext.h"
 #include "tessar/core/Reference.h"
@@ -18,18 +17,28 @@
 #include "geom/io/ReadInterface.h"
 #include "geom/mesh/CompactMesh.h"
 #include "geom/mesh/MeshAttributes.h"
+#include "geom/topomesh/TopoMesh.h"
 #include "tests/support/MeshBuilders.h"
 #include "tests/support/MeshShapes.h"
+#include "tests/support/TopoMeshChecker.h"
+#include "tests/support/TopoMeshShapes.h"
 
 namespace koGeomTest {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// The bytes of a packet file that `write` fills.
-inline Bytes packetBytes(const std::function<void(ioWriteContext&)>& write) {
+/// The bytes of a packet file that `write` fills; what it writes to the standard error stream
+/// (the attribute lines of the mesh writer) goes to `log` when given.
+inline Bytes packetBytes(const std::function<void(ioWriteContext&)>& write,
+                         std::string* log = nullptr) {
+    testing::internal::CaptureStderr();
     ioWriteContext context;
     write(context);
     EXPECT_TRUE(context.close()) << context.error().toString();
+    const std::string written = testing::internal::GetCapturedStderr();
+    if (log != nullptr) {
+        *log = written;
+    }
     return context.buffer();
 }
 
@@ -41,90 +50,115 @@ inline ko::Reference<koGeom::CompactMesh> everyArrayMesh(int vertices, int trian
     return mesh;
 }
 
-/// The file of `mesh` alone; the writer's attribute lines are swallowed.
-inline Bytes meshBytes(const koGeom::CompactMesh& mesh, double scale = 1.0,
-                       bool writeReferences = true) {
-    testing::internal::CaptureStderr();
-    Bytes bytes = packetBytes([&](ioWriteContext& context) {
-        koGeom::packetFile::writeMesh(context, &mesh, scale, writeReferences);
-    });
-    testing::internal::GetCapturedStderr();
-    return bytes;
+/// The file of `mesh` alone.
+inline Bytes meshBytes(const koGeom::CompactMesh& mesh, double scale = 1.0) {
+    return packetBytes(
+        [&](ioWriteContext& c) { koGeom::packetFile::writeMesh(c, &mesh, scale, true); });
 }
 
 /// What reading a file through the mesh packet types gave.
 struct MeshRead {
     bool ok = false;
-    ko::Reference<koGeom::CompactMesh> mesh; // the last mesh, taken
-    std::vector<std::string> invalid;        // the reasons of the invalid packets
+    ko::Reference<koGeom::CompactMesh> mesh;                    // the last mesh, taken
+    std::vector<std::string> invalid;                           // the invalid packets' reasons
+    ko::vector<ko::Reference<koGeom::TopoMesh>> halfEdgeMeshes; // each sound or empty
+    std::string error;                                          // the read's error, if any
+    std::string log; // what the reader wrote to the standard error stream
+
+    /// The error and the reasons on one line, each reason after a bar.
+    std::string reasons() const {
+        std::string line = error;
+        for (const std::string& reason : invalid) {
+            line += "|" + reason;
+        }
+        return line;
+    }
 };
 
-/// Reads `bytes`; the reader's attribute lines are swallowed unless `quiet` is false.
-inline MeshRead readMeshes(const Bytes& bytes, bool ignoreMesh = false, bool quiet = true) {
-    if (quiet) {
-        testing::internal::CaptureStderr();
-    }
+/// How `readMeshes` reads: whether mesh packets are ignored, the half-edge mesh types to
+/// register besides the default ones (`TopoMesh::registerTypes`), whose meshes it takes
+/// instead, and one more type for the registry to take.
+struct ReadOptions {
+    bool ignoreMesh = false;
+    const char* halfEdgeName = nullptr;
+    void (*halfEdgeReader)(ioReadContext&) = nullptr;
+    ioPacketType* otherType = nullptr;
+};
+
+/// Reads `bytes` as `options` say, keeping what the reader writes to the standard error stream.
+inline MeshRead readMeshes(const Bytes& bytes, const ReadOptions& options = {}) {
+    testing::internal::CaptureStderr();
     ioReadContext context(bytes.data(), bytes.size());
     koGeom::packetFile::ReadInterface reader(context);
-    reader.setIgnoreMesh(ignoreMesh);
+    reader.setIgnoreMesh(options.ignoreMesh);
     ioPacketRegistry registry;
     koGeom::packetFile::registerTypes(&registry, &reader);
+    if (options.halfEdgeName != nullptr) {
+        koGeom::TopoMesh::registerTypes(registry, options.halfEdgeName, options.halfEdgeReader);
+    }
+    registry.supportedType(options.otherType);
     MeshRead read;
     read.ok = reader.read(registry);
+    read.error = context.error().message;
     read.mesh = reader.getLastMesh(true);
     for (const ioError& invalid : context.invalidPackets()) {
         read.invalid.push_back(invalid.message);
     }
-    if (quiet) {
-        testing::internal::GetCapturedStderr();
+    read.halfEdgeMeshes = koGeom::TopoMesh::takeReadMeshes(registry, options.halfEdgeName);
+    for (const auto& mesh : read.halfEdgeMeshes) {
+        EXPECT_EQ(checkTopoMesh(*mesh), "");
     }
+    EXPECT_TRUE(koGeom::TopoMesh::takeReadMeshes(registry, options.halfEdgeName).empty());
+    read.log = testing::internal::GetCapturedStderr();
     return read;
 }
 
-template <class T>
-bool sameBits(const T* a, const T* b, int count) {
-    return count <= 0 || (a && b && std::memcmp(a, b, sizeof(T) * count) == 0);
+/// Every channel (with its name), primitive array and sequence of `mesh` as bytes, then the
+/// UV range as floats, the draw flags and flat shading: two meshes hold the same data bit for
+/// bit when their dumps are equal.
+inline std::string meshDump(const koGeom::CompactMesh& mesh) {
+    std::string dump = channelNames(mesh);
+    const auto add = [&dump](const void* data, std::size_t bytes) {
+        dump += "|" + std::to_string(bytes) + ":";
+        dump.append(bytes != 0 ? static_cast<const char*>(data) : "", bytes);
+    };
+    for (int i = 0; i < mesh.getNumAttributes(); ++i) {
+        const koGeom::MeshAttributes& channel = *mesh.getAttributes(i);
+        add(channel.asFloat(), 4u * channel.getNumElements() * channel.getDimension());
+    }
+    const std::size_t triangles = static_cast<std::size_t>(mesh.getNumTriangles());
+    add(mesh.getTrianglesRaw(), 12 * triangles);
+    add(mesh.getTriangleNormalsRaw(), mesh.getTriangleNormals() ? 12 * triangles : 0);
+    for (const koGeom::MeshSequence* sequence :
+         {&mesh.getTriStrips(), &mesh.getTriFans(), &mesh.getLineStrips(), &mesh.getPolys()}) {
+        add(sequence->points().elements(), 4u * sequence->points().count());
+        add(sequence->lengths().elements(), 4u * sequence->lengths().count());
+    }
+    const koLinear::Range2d uvs = mesh.getUVRange();
+    const float range[4] = {static_cast<float>(uvs.min.x), static_cast<float>(uvs.min.y),
+                            static_cast<float>(uvs.max.x), static_cast<float>(uvs.max.y)};
+    add(range, sizeof range);
+    return dump + "|" + std::to_string(mesh.getDrawFlags()) + (mesh.getFlatShaded() ? "f" : "s");
 }
 
-/// Every channel, primitive array and sequence of `read` equals `written` bit for bit, and
-/// so do the draw flags, flat shading and the UV range (as floats).
-inline void expectSameMesh(const koGeom::CompactMesh& written, const koGeom::CompactMesh& read) {
-    ASSERT_EQ(channelNames(read), channelNames(written));
-    for (int i = 0; i < written.getNumAttributes(); ++i) {
-        const koGeom::MeshAttributes& a = *written.getAttributes(i);
-        const koGeom::MeshAttributes& b = *read.getAttributes(i);
-        EXPECT_TRUE(b.getDimension() == a.getDimension() &&
-                    b.getNumElements() == a.getNumElements() &&
-                    sameBits(a.asFloat(), b.asFloat(), a.getNumElements() * a.getDimension()))
-            << a.getName().view();
+/// A file with a packet of every kind the mesh packet types read: a mesh with every array,
+/// then two half-edge meshes, a bowtie and a tetrahedron.
+struct FileOfEveryPacket {
+    FileOfEveryPacket() {
+        // Short sequences keep the file small enough to cut at every byte.
+        mesh->resizeTriStripArrays(5, 2);
+        mesh->resizeLineStripArrays(4, 2);
+        buildTopoMesh(halfEdge[0], bowtie());
+        buildTopoMesh(halfEdge[1], tetrahedron());
+        bytes = packetBytes([this](ioWriteContext& context) {
+            koGeom::packetFile::writeMesh(context, mesh.get(), 1.0, true);
+            halfEdge[0].writePF(context);
+            halfEdge[1].writePF(context);
+        });
     }
-    const int triangles = written.getNumTriangles();
-    EXPECT_TRUE(read.getNumTriangles() == triangles &&
-                sameBits(written.getTrianglesRaw(), read.getTrianglesRaw(), 3 * triangles) &&
-                sameBits(written.getTriangleNormalsRaw(), read.getTriangleNormalsRaw(),
-                         written.getTriangleNormals() ? 3 * triangles : 0) &&
-                !read.getTriangleNormals() == !written.getTriangleNormals());
-    const auto sequences = [](const koGeom::CompactMesh& mesh) {
-        return std::array{&mesh.getTriStrips(), &mesh.getTriFans(), &mesh.getLineStrips(),
-                          &mesh.getPolys()};
-    };
-    for (int kind = 0; kind < 4; ++kind) {
-        const koGeom::MeshSequence& a = *sequences(written)[kind];
-        const koGeom::MeshSequence& b = *sequences(read)[kind];
-        EXPECT_TRUE(a.points().count() == b.points().count() &&
-                    a.lengths().count() == b.lengths().count() &&
-                    sameBits(a.points().elements(), b.points().elements(), a.points().count()) &&
-                    sameBits(a.lengths().elements(), b.lengths().elements(), a.lengths().count()))
-            << "sequence kind " << kind;
-    }
-    EXPECT_TRUE(read.getDrawFlags() == written.getDrawFlags() &&
-                read.getFlatShaded() == written.getFlatShaded());
-    const koLinear::Range2d uvs = written.getUVRange();
-    const koLinear::Range2d readUVs = read.getUVRange();
-    EXPECT_TRUE(readUVs.min.x == static_cast<float>(uvs.min.x) &&
-                readUVs.min.y == static_cast<float>(uvs.min.y) &&
-                readUVs.max.x == static_cast<float>(uvs.max.x) &&
-                readUVs.max.y == static_cast<float>(uvs.max.y));
-}
+    ko::Reference<koGeom::CompactMesh> mesh = everyArrayMesh(12, 5, 11);
+    koGeom::TopoMesh halfEdge[2];
+    Bytes bytes;
+};
 
 } // namespace koGeomTest

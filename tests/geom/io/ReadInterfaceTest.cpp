@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -86,10 +87,8 @@ void writeData(ioWriteContext& c, const char* type, const std::vector<int>& fiel
         c.writeInt(field);
     }
     std::vector<int> ints(static_cast<std::size_t>(std::max(values, 0)));
-    std::vector<float> floats(ints.size());
-    for (std::size_t i = 0; i < ints.size(); ++i) {
-        floats[i] = static_cast<float>(ints[i] = static_cast<int>(i) + 1);
-    }
+    std::iota(ints.begin(), ints.end(), 1);
+    const std::vector<float> floats(ints.begin(), ints.end());
     if (integers) {
         c.writeIntArray(ints.data(), ints.size());
     } else {
@@ -128,6 +127,8 @@ TEST(ReadInterface, RejectsEveryDataPacketThatDoesNotFitItsArray) {
         {"triangles", nullptr, {1, 2}, 6, "triangles 1 to 3 outside the mesh's 2"},
         {"seqarray", nullptr, {0, 0, 2, 2}, 2, "sequence points 2 to 4 outside the mesh's 3"},
         {"seqarray", nullptr, {1, 1, 0, 1}, 1, "the mesh has no sequence lengths"},
+        {"seqarray", nullptr, {4, 0, 0, 3}, 3, nullptr}, // unknown kinds: skipped unread
+        {"seqarray", nullptr, {0, 2, 0, 3}, 3, nullptr},
         {"attributes", "weight", {3, 0, 1}, 3, "attribute of 3 floats where the mesh has one of 2"},
         {"attributes", "big", {5, 0, 1}, 5, "attribute of 5 floats per vertex"},
         {"attributes", "none", {0, 0, 1}, 0, "attribute of 0 floats per vertex"},
@@ -135,7 +136,7 @@ TEST(ReadInterface, RejectsEveryDataPacketThatDoesNotFitItsArray) {
         {"attributes", "weight", {2, 3, 2}, 4, "attribute values 3 to 5 outside the mesh's 4"},
     };
     for (const BadPacket& bad : cases) {
-        SCOPED_TRACE(bad.reason);
+        SCOPED_TRACE(testing::Message() << bad.type << " " << bad.fields[0]);
         const MeshRead read = readMeshes(packetBytes([&](ioWriteContext& c) {
             writeHeader(c, Header());
             writeData(c, "vertices", {0, 4}, 12);
@@ -144,7 +145,7 @@ TEST(ReadInterface, RejectsEveryDataPacketThatDoesNotFitItsArray) {
             writeData(c, bad.type, bad.fields, bad.values, integers, bad.name);
         }));
         ASSERT_TRUE(read.ok && read.mesh);
-        EXPECT_EQ(read.invalid, Strings{bad.reason});
+        EXPECT_EQ(read.invalid, bad.reason ? Strings{bad.reason} : Strings{});
         // Nothing was written: the vertices and the weights still count 1 to 12 and 1 to 8.
         const float* vertices = read.mesh->getVerticesRaw();
         const float* weights = read.mesh->getAttributes("weight")->asFloat();
@@ -201,23 +202,6 @@ TEST(ReadInterface, CountsAreTrustedOnlyAsFarAsTheFileCouldFillThem) {
     EXPECT_EQ(read.invalid, Strings{"attribute needs more bytes of data than the file holds"});
 }
 
-TEST(ReadInterface, UnknownSequenceKindsAreSkippedUnreadAndIgnoredMeshesMarked) {
-    const Bytes bytes = packetBytes([&](ioWriteContext& c) {
-        writeHeader(c, Header());
-        writeData(c, "seqarray", {0, 0, 0, 3}, 3, true);
-        for (const std::vector<int>& unknown : {std::vector<int>{4, 0, 0, 3}, {0, 2, 0, 3}}) {
-            writeData(c, "seqarray", unknown, 3, true);
-        }
-    });
-    MeshRead read = readMeshes(bytes);
-    ASSERT_TRUE(read.ok && read.mesh && read.invalid.empty());
-    const int* points = read.mesh->getTriStripPoints();
-    EXPECT_EQ(std::vector<int>(points, points + 3), (std::vector<int>{1, 2, 3}));
-    read = readMeshes(bytes, true);
-    EXPECT_TRUE(read.ok && !read.mesh);
-    EXPECT_EQ(read.invalid, Strings{"mesh packets are ignored"});
-}
-
 // Defines the object of each "test.render" packet as `object`.
 struct RenderInfoType : ioPacketType {
     explicit RenderInfoType(int* object) : ioPacketType("test.render"), object(object) {}
@@ -242,14 +226,9 @@ TEST(ReadInterface, ShortHeadersReadWithTheDefaultsOfTheirMissingChunks) {
             writeHeader(c, header);
             writePadding(c, 400);
         });
-        ioReadContext context(bytes.data(), bytes.size());
-        ReadInterface reader(context);
-        ioPacketRegistry registry;
-        registerTypes(&registry, &reader);
-        registry.supportedType(new RenderInfoType(&renderObject));
-        ASSERT_TRUE(reader.read(registry));
-        ko::Reference<CompactMesh> mesh(reader.getLastMesh(true));
-        ASSERT_TRUE(mesh && mesh->getNumVertices() == 4 && mesh->getNumTriangles() == 2);
+        const MeshRead read = readMeshes(bytes, {.otherType = new RenderInfoType(&renderObject)});
+        const CompactMesh* mesh = read.mesh.get();
+        ASSERT_TRUE(read.ok && mesh && mesh->getNumVertices() == 4 && mesh->getNumTriangles() == 2);
         EXPECT_EQ(mesh->getRenderInfo(), chunks >= 2 ? &renderObject : nullptr);
         EXPECT_EQ(mesh->getDrawFlags(), chunks >= 3 ? 7 : 0);
         EXPECT_EQ(!!mesh->getNormalsAttr(), chunks >= 3);
@@ -280,55 +259,29 @@ TEST(ReadInterface, APacketHandedOverThroughAnotherContextIsNotRead) {
               "mesh packet read through a context its reader does not read");
 }
 
+// Every cut of a file of every packet reads cleanly, never with both half-edge meshes whole;
+// bit flips and overwrites, most of them resealed so that the damage passes the checksum and
+// meets the readers' own checks, never upset them.
 TEST(ReadInterface, SurvivesEveryTruncationAndThousandsOfDamagedBytes) {
-    const Bytes bytes = koGeomTest::meshBytes(*koGeomTest::everyArrayMesh(12, 5, 11));
+    const Bytes bytes = koGeomTest::FileOfEveryPacket().bytes;
     for (std::size_t size = 0; size < bytes.size(); ++size) {
-        readMeshes(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)));
+        const MeshRead read =
+            readMeshes(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)));
+        EXPECT_TRUE(!read.ok || !read.invalid.empty() || read.halfEdgeMeshes.size() < 2) << size;
     }
-    // Bit flips and overwrites, half of them resealed so that the damage passes the checksum
-    // and meets the reader's own checks.
     std::mt19937 random(2024);
     int accepted = 0;
-    for (int i = 0; i < 8000; ++i) {
+    for (int i = 0; i < 3000; ++i) {
         Bytes damaged = bytes;
         std::uint8_t& byte = damaged[16 + random() % (damaged.size() - 16)];
-        byte = i % 4 < 2 ? static_cast<std::uint8_t>(random()) : byte ^ (1u << (random() % 8));
-        if (i % 2 != 0) {
+        byte = i % 2 == 0 ? static_cast<std::uint8_t>(random()) : byte ^ (1u << (random() % 8));
+        if (i % 4 != 0) {
             formworkFuzz::resealPackets(damaged);
         }
         const MeshRead read = readMeshes(damaged);
         accepted += read.ok && read.invalid.empty() ? 1 : 0;
     }
     EXPECT_GT(accepted, 0);
-}
-
-TEST(ReadInterface, SurvivesWellFramedPacketsWithHostileFields) {
-    // Checksums catch damaged bytes; these packets are framed correctly and carry random
-    // counts, starts, sizes and kinds, so that only the reader's own checks stand.
-    const char* types[] = {"vertices",  "normals",    "uvs",      "sts",       "colours",
-                           "triangles", "trinormals", "seqarray", "attributes"};
-    std::mt19937 random(99);
-    const auto small = [&random] { return static_cast<int>(random() % 14) - 3; };
-    for (int file = 0; file < 1500; ++file) {
-        readMeshes(packetBytes([&](ioWriteContext& c) {
-            Header header;
-            header.vertices = small();
-            header.triangles = small();
-            header.normals = header.colours = random() % 2;
-            header.triNormals = header.sts = random() % 2;
-            header.uvFloats = random() % 2 ? 4 : 0;
-            std::generate(std::begin(header.sequences), std::end(header.sequences), small);
-            writeHeader(c, header);
-            for (int packet = 0; packet < 12; ++packet) {
-                const int kind = static_cast<int>(random() % 9);
-                std::vector<int> fields(kind == 7 ? 4 : kind == 8 ? 3 : 2);
-                std::generate(fields.begin(), fields.end(), small);
-                writeData(c, types[kind], fields, small() + 3, kind == 5 || kind == 7,
-                          kind == 8 ? "w" : nullptr);
-            }
-            writePadding(c, 200);
-        }));
-    }
 }
 
 } // namespace
