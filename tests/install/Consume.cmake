@@ -2,6 +2,26 @@
 # checking that nothing of Formwork's own build reached the consumer's compile lines, and
 # comparing the consumer's report with the one every way in must give.
 
+# Starts a consumer script: clears flags from the environment (they would hide a standard or
+# option missing from the package), makes a fresh temporary directory `work` named after
+# `label`, and sets `cores` for parallel builds.
+macro(formwork_start_consumer_script label)
+    unset(ENV{CXXFLAGS})
+    unset(ENV{LDFLAGS})
+    if(DEFINED ENV{TMPDIR})
+        set(work $ENV{TMPDIR})
+    else()
+        set(work /tmp)
+    endif()
+    string(RANDOM LENGTH 12 suffix)
+    set(work ${work}/formwork-${label}-${suffix})
+    file(MAKE_DIRECTORY ${work})
+    cmake_host_system_information(RESULT cores QUERY NUMBER_OF_PHYSICAL_CORES)
+    if(cores LESS 1)
+        set(cores 1)
+    endif()
+endmacro()
+
 function(run)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE out)
     if(NOT result EQUAL 0)

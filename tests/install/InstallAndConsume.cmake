@@ -12,24 +12,8 @@ include(${CMAKE_CURRENT_LIST_DIR}/ReadmeExamples.cmake)
 
 include(${CMAKE_CURRENT_LIST_DIR}/Consume.cmake)
 
-# Flags from the environment would hide a standard or option missing from the package.
-unset(ENV{CXXFLAGS})
-unset(ENV{LDFLAGS})
-
-if(DEFINED ENV{TMPDIR})
-    set(temp_root $ENV{TMPDIR})
-else()
-    set(temp_root /tmp)
-endif()
-string(RANDOM LENGTH 12 suffix)
-set(work ${temp_root}/formwork-install-${KIND}-${suffix})
-file(MAKE_DIRECTORY ${work})
+formwork_start_consumer_script(install-${KIND})
 set(prefix ${work}/prefix)
-
-cmake_host_system_information(RESULT cores QUERY NUMBER_OF_PHYSICAL_CORES)
-if(cores LESS 1)
-    set(cores 1)
-endif()
 
 if(NOT DEFINED BUILD_DIR)
     set(BUILD_DIR ${work}/formwork)

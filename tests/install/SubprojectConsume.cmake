@@ -7,19 +7,7 @@ cmake_minimum_required(VERSION 3.25)
 
 include(${CMAKE_CURRENT_LIST_DIR}/Consume.cmake)
 
-unset(ENV{CXXFLAGS})
-unset(ENV{LDFLAGS})
-if(DEFINED ENV{TMPDIR})
-    set(temp_root $ENV{TMPDIR})
-else()
-    set(temp_root /tmp)
-endif()
-string(RANDOM LENGTH 12 suffix)
-set(work ${temp_root}/formwork-${WAY}-${suffix})
-cmake_host_system_information(RESULT cores QUERY NUMBER_OF_PHYSICAL_CORES)
-if(cores LESS 1)
-    set(cores 1)
-endif()
+formwork_start_consumer_script(${WAY})
 
 # Unoptimised: the library is compiled afresh here, and only whether it builds and links as a
 # subproject is in question.
