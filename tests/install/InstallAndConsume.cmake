@@ -39,14 +39,6 @@ endif()
 consume(${CONSUMER_SOURCE_DIR} ${work}/consumer consumer -DFORMWORK_REQUEST=${version})
 formwork_check_consumer_output("${last_output}")
 
-# The same package serves a consumer built with the other compiler.
-if(OTHER_CXX_COMPILER)
-    set(own_compiler ${CXX_COMPILER})
-    set(CXX_COMPILER ${OTHER_CXX_COMPILER})
-    consume(${CONSUMER_SOURCE_DIR} ${work}/consumer-other consumer)
-    formwork_check_consumer_output("${last_output}")
-    set(CXX_COMPILER ${own_compiler})
-endif()
 
 # The same consumer for Makefile and Meson users: the compiler and pkg-config only.
 set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIB_DIR}/pkgconfig)
@@ -61,5 +53,15 @@ foreach(dir IN LISTS example_dirs)
     consume(${work}/readme/${dir} ${work}/readme-build/${dir} ${dir})
     message(STATUS "${dir}: ${last_output}")
 endforeach()
+
+# The same package serves the consumer and the README's examples built with the other compiler.
+if(OTHER_CXX_COMPILER)
+    set(CXX_COMPILER ${OTHER_CXX_COMPILER})
+    consume(${CONSUMER_SOURCE_DIR} ${work}/other/consumer consumer)
+    formwork_check_consumer_output("${last_output}")
+    foreach(dir IN LISTS example_dirs)
+        consume(${work}/readme/${dir} ${work}/other/readme-build/${dir} ${dir})
+    endforeach()
+endif()
 
 file(REMOVE_RECURSE ${work})
